@@ -1,0 +1,45 @@
+#pragma once
+// All file access of the core goes through this interface so tests can use an
+// in-memory or failing one. Implementations are safe to call from one thread at a time.
+
+#include "platform/Bytes.h"
+#include "platform/Result.h"
+
+#include <filesystem>
+#include <string>
+#include <vector>
+
+namespace corvale {
+
+struct FileError {
+    enum class Code { notFound, permissionDenied, noSpace, other };
+    Code code = Code::other;
+    int systemError = 0;  // errno where there is one
+    std::filesystem::path path;
+
+    std::string message() const;
+};
+
+class FileSystem {
+public:
+    virtual ~FileSystem() = default;
+
+    virtual Result<Bytes, FileError> readFile(const std::filesystem::path& path) = 0;
+
+    // Writes a temporary file in the same folder, flushes it, renames it over
+    // `path` and flushes the folder, so a crash leaves the old or the new file
+    // whole. New files are readable by the owner only. On failure the
+    // temporary file is removed and `path` is untouched.
+    virtual Result<void, FileError> replaceFileAtomically(const std::filesystem::path& path, ByteView contents) = 0;
+
+    virtual bool exists(const std::filesystem::path& path) = 0;
+    // Creates missing folders (owner-only permissions); succeeds if they exist.
+    virtual Result<void, FileError> createDirectories(const std::filesystem::path& path) = 0;
+    // Removing what does not exist succeeds.
+    virtual Result<void, FileError> removeFile(const std::filesystem::path& path) = 0;
+    virtual Result<void, FileError> removeAll(const std::filesystem::path& path) = 0;
+    // Names (not paths) of the entries of a folder; empty when it does not exist.
+    virtual std::vector<std::string> list(const std::filesystem::path& directory) = 0;
+};
+
+}  // namespace corvale

@@ -1,0 +1,15 @@
+#pragma once
+// Where the app keeps its files on this platform.
+
+#include <filesystem>
+
+namespace corvale::paths {
+
+// $XDG_DATA_HOME, or ~/.local/share.
+std::filesystem::path applicationSupportDirectory();
+
+// A folder for short-lived plain copies: $XDG_RUNTIME_DIR (memory-backed on
+// most systems), else $TMPDIR or /tmp.
+std::filesystem::path temporaryDirectory();
+
+}  // namespace corvale::paths

@@ -1,0 +1,75 @@
+#include "records/CredentialKind.h"
+#include "records/Degree.h"
+#include "records/DocumentKind.h"
+#include "records/RecordEnums.h"
+
+#include <gtest/gtest.h>
+
+#include <set>
+#include <string>
+#include <vector>
+
+namespace corvale {
+namespace {
+
+TEST(CredentialKind, ListsInPickerOrderWithTheRenewalProperties) {
+    std::vector<std::string> raws;
+    for (auto kind : allCredentialKinds()) raws.emplace_back(rawValue(kind));
+    EXPECT_EQ(raws, (std::vector<std::string>{"stateLicense", "dea", "stateCSR", "boardCertification", "bls", "acls",
+                                              "pals", "nrp", "atls", "malpractice", "hospitalPrivileges", "caqh", "tb",
+                                              "immunization", "imlcLOQ", "agreement", "mate", "exam", "other"}));
+
+    std::set<std::string> needingState, critical;
+    for (auto kind : allCredentialKinds()) {
+        EXPECT_EQ(credentialKindFromRaw(rawValue(kind)), kind);
+        EXPECT_FALSE(displayName(kind).empty());
+        EXPECT_FALSE(symbolName(kind).empty());
+        if (needsState(kind)) needingState.emplace(rawValue(kind));
+        if (isPracticeCritical(kind)) critical.emplace(rawValue(kind));
+    }
+    EXPECT_EQ(needingState, (std::set<std::string>{"stateLicense", "stateCSR"}));
+    EXPECT_EQ(critical, (std::set<std::string>{"stateLicense", "dea", "boardCertification"}));
+
+    EXPECT_EQ(typicalYears(CredentialKind::stateLicense), 2);
+    EXPECT_EQ(typicalYears(CredentialKind::dea), 3);
+    EXPECT_EQ(typicalYears(CredentialKind::atls), 4);
+    EXPECT_EQ(typicalYears(CredentialKind::malpractice), 1);
+    EXPECT_EQ(typicalYears(CredentialKind::boardCertification), std::nullopt);
+    EXPECT_EQ(typicalYears(CredentialKind::other), std::nullopt);
+    EXPECT_EQ(typicalDays(CredentialKind::caqh), 120);
+    EXPECT_EQ(typicalDays(CredentialKind::imlcLOQ), 365);
+    EXPECT_EQ(typicalDays(CredentialKind::bls), std::nullopt);
+
+    EXPECT_EQ(credentialKindFromRaw("StateLicense"), std::nullopt);
+    EXPECT_EQ(credentialKindFromRaw("telehealthPermit"), std::nullopt);
+}
+
+TEST(Degree, RawTextDiffersFromCaseNames) {
+    EXPECT_EQ(rawValue(Degree::doctor), "DO");
+    EXPECT_EQ(degreeFromRaw("DO"), Degree::doctor);
+    EXPECT_EQ(degreeFromRaw("Other"), Degree::other);
+    EXPECT_EQ(degreeFromRaw("other"), std::nullopt);
+    EXPECT_EQ(degreeFromRaw("md"), std::nullopt);
+    EXPECT_EQ(displayName(Degree::lpn), "LPN/LVN");
+    EXPECT_EQ(professionCode(Degree::doctor), "do");
+    EXPECT_EQ(professionCode(Degree::other), std::nullopt);
+    std::vector<std::string> codes;
+    for (auto degree : allDegrees())
+        if (auto code = professionCode(degree)) codes.emplace_back(*code);
+    EXPECT_EQ(codes, (std::vector<std::string>{"md", "do", "np", "pa", "crna", "caa", "rn", "lpn", "cnm", "cns"}));
+}
+
+TEST(SmallEnumerations, RoundTripTheirRawText) {
+    for (auto kind : allDocumentKinds()) EXPECT_EQ(documentKindFromRaw(rawValue(kind)), kind);
+    EXPECT_EQ(allDocumentKinds().size(), 13u);
+    EXPECT_EQ(documentKindFromRaw("skillsChecklist"), DocumentKind::skillsChecklist);
+    for (auto value : allCMECategories()) EXPECT_EQ(cmeCategoryFromRaw(rawValue(value)), value);
+    EXPECT_EQ(rawValue(CMECategory::nbcrna), "nbcrna");
+    for (auto value : allCredentialCategories()) EXPECT_EQ(credentialCategoryFromRaw(rawValue(value)), value);
+    for (auto value : allRenewalStages()) EXPECT_EQ(renewalStageFromRaw(rawValue(value)), value);
+    EXPECT_EQ(renewalStageFromRaw("notStarted"), RenewalStage::notStarted);
+    EXPECT_EQ(cmeCategoryFromRaw("cat3"), std::nullopt);
+}
+
+}  // namespace
+}  // namespace corvale
