@@ -1,0 +1,27 @@
+#include "platform/FileSystem.h"
+
+#include <system_error>
+
+namespace corvale {
+
+std::string FileError::message() const {
+    const std::string name = path.empty() ? std::string("The file") : path.string();
+    switch (code) {
+    case Code::noSpace:
+        return "The disk is full, so free some space and try again.";
+    case Code::permissionDenied:
+        return "Corvale isn't allowed to use " + (path.empty() ? std::string("this file") : name) +
+               ", so check the folder's permissions.";
+    case Code::notFound:
+        return name + " couldn't be found.";
+    case Code::other:
+        break;
+    }
+    std::string reason;
+    if (systemError != 0) {
+        reason = " (" + std::generic_category().message(systemError) + ")";
+    }
+    return name + " couldn't be read or written" + reason + ", so please try again.";
+}
+
+}  // namespace corvale

@@ -1,0 +1,228 @@
+#include "platform/linux/PosixFileSystem.h"
+
+#include <dirent.h>
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <cerrno>
+#include <system_error>
+
+namespace corvale {
+
+namespace {
+
+FileError errorFor(int error, const std::filesystem::path& path) {
+    FileError result;
+    result.systemError = error;
+    result.path = path;
+    switch (error) {
+    case ENOENT:
+        result.code = FileError::Code::notFound;
+        break;
+    case EACCES:
+    case EPERM:
+    case EROFS:
+        result.code = FileError::Code::permissionDenied;
+        break;
+    case ENOSPC:
+    case EDQUOT:
+        result.code = FileError::Code::noSpace;
+        break;
+    default:
+        result.code = FileError::Code::other;
+        break;
+    }
+    return result;
+}
+
+class Descriptor {
+public:
+    explicit Descriptor(int fd) : m_fd(fd) {}
+    ~Descriptor() {
+        if (m_fd >= 0) {
+            ::close(m_fd);
+        }
+    }
+    Descriptor(const Descriptor&) = delete;
+    Descriptor& operator=(const Descriptor&) = delete;
+
+    int get() const { return m_fd; }
+    // Closes now so the caller sees the error (NFS reports write errors here).
+    bool close() {
+        const int fd = m_fd;
+        m_fd = -1;
+        return ::close(fd) == 0;
+    }
+
+private:
+    int m_fd;
+};
+
+bool writeAll(int fd, ByteView contents) {
+    std::size_t written = 0;
+    while (written < contents.size()) {
+        const ssize_t n = ::write(fd, contents.data() + written, contents.size() - written);
+        if (n < 0) {
+            if (errno == EINTR) {
+                continue;
+            }
+            return false;
+        }
+        if (n == 0) {
+            errno = EIO;  // no progress and no reason given; don't spin
+            return false;
+        }
+        written += static_cast<std::size_t>(n);
+    }
+    return true;
+}
+
+int fsyncRetrying(int fd) {
+    int result = 0;
+    do {
+        result = ::fsync(fd);
+    } while (result != 0 && errno == EINTR);
+    return result;
+}
+
+std::filesystem::path folderOf(const std::filesystem::path& path) {
+    const std::filesystem::path parent = path.parent_path();
+    return parent.empty() ? std::filesystem::path(".") : parent;
+}
+
+}  // namespace
+
+Result<Bytes, FileError> PosixFileSystem::readFile(const std::filesystem::path& path) {
+    const Descriptor fd(::open(path.c_str(), O_RDONLY | O_CLOEXEC));
+    if (fd.get() < 0) {
+        return fail(errorFor(errno, path));
+    }
+    struct stat info {};
+    if (::fstat(fd.get(), &info) != 0) {
+        return fail(errorFor(errno, path));
+    }
+    if (S_ISDIR(info.st_mode)) {
+        return fail(errorFor(EISDIR, path));
+    }
+    // One spare byte lets the read that sees end-of-file land without a resize.
+    const std::size_t expected = info.st_size > 0 ? static_cast<std::size_t>(info.st_size) : 0;
+    Bytes data(expected + 1);
+    std::size_t used = 0;
+    for (;;) {
+        if (used == data.size()) {
+            data.resize(data.size() * 2);  // the file grew while we read it
+        }
+        const ssize_t n = ::read(fd.get(), data.data() + used, data.size() - used);
+        if (n < 0) {
+            if (errno == EINTR) {
+                continue;
+            }
+            return fail(errorFor(errno, path));
+        }
+        if (n == 0) {
+            break;
+        }
+        used += static_cast<std::size_t>(n);
+    }
+    data.resize(used);
+    return data;
+}
+
+Result<void, FileError> PosixFileSystem::replaceFileAtomically(const std::filesystem::path& path, ByteView contents) {
+    const std::filesystem::path folder = folderOf(path);
+    std::string pattern = (folder / ("." + path.filename().string() + ".XXXXXX")).string();
+    // mkostemp creates the file 0600, so it is owner-only from its first byte.
+    Descriptor fd(::mkostemp(pattern.data(), O_CLOEXEC));
+    if (fd.get() < 0) {
+        return fail(errorFor(errno, folder));
+    }
+    const std::string temporary = pattern;
+
+    auto abandon = [&](int error) {
+        ::unlink(temporary.c_str());
+        return fail(errorFor(error, path));
+    };
+    if (!writeAll(fd.get(), contents) || fsyncRetrying(fd.get()) != 0) {
+        return abandon(errno);
+    }
+    if (!fd.close()) {
+        return abandon(errno);
+    }
+    if (::rename(temporary.c_str(), path.c_str()) != 0) {
+        return abandon(errno);
+    }
+
+    // The rename is the commit point: the new file is what everyone now sees,
+    // so reporting failure here would make callers believe the old one is still
+    // in place. Flushing the folder only makes the rename survive a crash.
+    const Descriptor directory(::open(folder.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
+    if (directory.get() >= 0) {
+        fsyncRetrying(directory.get());
+    }
+    return {};
+}
+
+bool PosixFileSystem::exists(const std::filesystem::path& path) {
+    struct stat info {};
+    return ::stat(path.c_str(), &info) == 0;
+}
+
+Result<void, FileError> PosixFileSystem::createDirectories(const std::filesystem::path& path) {
+    std::filesystem::path current;
+    for (const std::filesystem::path& part : path) {
+        current /= part;
+        if (part.empty() || part == "." || part == "/") {
+            continue;
+        }
+        if (::mkdir(current.c_str(), 0700) == 0) {
+            continue;
+        }
+        const int error = errno;
+        struct stat info {};
+        if (error == EEXIST && ::stat(current.c_str(), &info) == 0) {
+            if (S_ISDIR(info.st_mode)) {
+                continue;
+            }
+            return fail(errorFor(ENOTDIR, current));
+        }
+        return fail(errorFor(error, current));
+    }
+    return {};
+}
+
+Result<void, FileError> PosixFileSystem::removeFile(const std::filesystem::path& path) {
+    if (::unlink(path.c_str()) != 0 && errno != ENOENT) {
+        return fail(errorFor(errno, path));
+    }
+    return {};
+}
+
+Result<void, FileError> PosixFileSystem::removeAll(const std::filesystem::path& path) {
+    std::error_code error;
+    std::filesystem::remove_all(path, error);
+    if (error && error.value() != ENOENT) {
+        return fail(errorFor(error.value(), path));
+    }
+    return {};
+}
+
+std::vector<std::string> PosixFileSystem::list(const std::filesystem::path& directory) {
+    std::vector<std::string> names;
+    DIR* stream = ::opendir(directory.c_str());
+    if (stream == nullptr) {
+        return names;
+    }
+    while (const dirent* entry = ::readdir(stream)) {
+        const std::string_view name = entry->d_name;
+        if (name != "." && name != "..") {
+            names.emplace_back(name);
+        }
+    }
+    ::closedir(stream);
+    std::sort(names.begin(), names.end());
+    return names;
+}
+
+}  // namespace corvale

@@ -1,0 +1,149 @@
+#include "platform/memory/InMemoryFileSystem.h"
+
+#include <algorithm>
+#include <cerrno>
+
+namespace corvale {
+
+namespace {
+
+// One spelling per place, so "a/./b/" and "a/b" name the same file.
+std::filesystem::path normalized(const std::filesystem::path& path) {
+    std::filesystem::path result = path.lexically_normal();
+    if (!result.empty() && !result.has_filename() && result != result.root_path()) {
+        result = result.parent_path();
+    }
+    return result;
+}
+
+bool isWithin(const std::filesystem::path& candidate, const std::filesystem::path& folder) {
+    return std::mismatch(folder.begin(), folder.end(), candidate.begin(), candidate.end()).first == folder.end();
+}
+
+FileError errorFor(FileError::Code code, int error, const std::filesystem::path& path) {
+    FileError result;
+    result.code = code;
+    result.systemError = error;
+    result.path = path;
+    return result;
+}
+
+}  // namespace
+
+InMemoryFileSystem::InMemoryFileSystem() {
+    // Folders above everything else, as on a real disk.
+    m_directories.insert("/");
+    m_directories.insert(".");
+}
+
+Result<Bytes, FileError> InMemoryFileSystem::readFile(const std::filesystem::path& path) {
+    const std::filesystem::path key = normalized(path);
+    if (const auto found = m_files.find(key); found != m_files.end()) {
+        return found->second;
+    }
+    if (m_directories.contains(key)) {
+        return fail(errorFor(FileError::Code::other, EISDIR, path));
+    }
+    return fail(errorFor(FileError::Code::notFound, ENOENT, path));
+}
+
+Result<void, FileError> InMemoryFileSystem::replaceFileAtomically(const std::filesystem::path& path,
+                                                                  ByteView contents) {
+    const std::filesystem::path key = normalized(path);
+    std::filesystem::path folder = key.parent_path();
+    if (folder.empty()) {
+        folder = ".";
+    }
+    if (!m_directories.contains(folder)) {
+        return fail(errorFor(FileError::Code::notFound, ENOENT, folder));
+    }
+    if (m_directories.contains(key)) {
+        return fail(errorFor(FileError::Code::other, EISDIR, path));
+    }
+    if (m_writeBudget && contents.size() > *m_writeBudget - std::min(*m_writeBudget, m_bytesSinceBudget)) {
+        return fail(errorFor(FileError::Code::noSpace, ENOSPC, path));
+    }
+    m_bytesSinceBudget += contents.size();
+    m_files.insert_or_assign(key, Bytes(contents.begin(), contents.end()));
+    ++m_writes[key];
+    ++m_totalWrites;
+    return {};
+}
+
+bool InMemoryFileSystem::exists(const std::filesystem::path& path) {
+    const std::filesystem::path key = normalized(path);
+    return m_files.contains(key) || m_directories.contains(key);
+}
+
+Result<void, FileError> InMemoryFileSystem::createDirectories(const std::filesystem::path& path) {
+    std::filesystem::path current;
+    std::vector<std::filesystem::path> missing;
+    for (const std::filesystem::path& part : normalized(path)) {
+        current /= part;
+        if (m_files.contains(current)) {
+            return fail(errorFor(FileError::Code::other, ENOTDIR, current));
+        }
+        if (!m_directories.contains(current)) {
+            missing.push_back(current);
+        }
+    }
+    m_directories.insert(missing.begin(), missing.end());
+    return {};
+}
+
+Result<void, FileError> InMemoryFileSystem::removeFile(const std::filesystem::path& path) {
+    const std::filesystem::path key = normalized(path);
+    if (m_directories.contains(key)) {
+        return fail(errorFor(FileError::Code::other, EISDIR, path));
+    }
+    m_files.erase(key);
+    return {};
+}
+
+Result<void, FileError> InMemoryFileSystem::removeAll(const std::filesystem::path& path) {
+    const std::filesystem::path key = normalized(path);
+    if (key.empty()) {
+        return {};  // an empty path would otherwise match everything
+    }
+    std::erase_if(m_files, [&](const auto& entry) { return isWithin(entry.first, key); });
+    std::erase_if(m_directories, [&](const auto& entry) { return isWithin(entry, key); });
+    // The roots stay; removing everything under them still works above.
+    m_directories.insert("/");
+    m_directories.insert(".");
+    return {};
+}
+
+std::vector<std::string> InMemoryFileSystem::list(const std::filesystem::path& directory) {
+    const std::filesystem::path key = normalized(directory);
+    std::vector<std::string> names;
+    if (!m_directories.contains(key)) {
+        return names;
+    }
+    const auto addIfChild = [&](const std::filesystem::path& entry) {
+        if (entry != key && entry.has_filename() && (entry.has_parent_path() ? entry.parent_path() : ".") == key) {
+            names.push_back(entry.filename().string());
+        }
+    };
+    for (const auto& [file, bytes] : m_files) {
+        addIfChild(file);
+    }
+    for (const auto& folder : m_directories) {
+        addIfChild(folder);
+    }
+    std::sort(names.begin(), names.end());
+    return names;
+}
+
+void InMemoryFileSystem::failWritesAfter(std::size_t bytes) {
+    m_writeBudget = bytes;
+    m_bytesSinceBudget = 0;
+}
+
+void InMemoryFileSystem::clearWriteFailures() { m_writeBudget.reset(); }
+
+std::size_t InMemoryFileSystem::writeCount(const std::filesystem::path& path) const {
+    const auto found = m_writes.find(normalized(path));
+    return found == m_writes.end() ? 0 : found->second;
+}
+
+}  // namespace corvale

@@ -1,0 +1,47 @@
+#pragma once
+// A file system in memory for tests, with the same promises as the real one
+// (a file needs its folder, an atomic replace changes all or nothing) and
+// hooks to make writes fail and to count them.
+
+#include "platform/FileSystem.h"
+
+#include <cstddef>
+#include <map>
+#include <optional>
+#include <set>
+
+namespace corvale {
+
+class InMemoryFileSystem final : public FileSystem {
+public:
+    InMemoryFileSystem();
+
+    Result<Bytes, FileError> readFile(const std::filesystem::path& path) override;
+    Result<void, FileError> replaceFileAtomically(const std::filesystem::path& path, ByteView contents) override;
+    bool exists(const std::filesystem::path& path) override;
+    Result<void, FileError> createDirectories(const std::filesystem::path& path) override;
+    Result<void, FileError> removeFile(const std::filesystem::path& path) override;
+    Result<void, FileError> removeAll(const std::filesystem::path& path) override;
+    // Sorted by name.
+    std::vector<std::string> list(const std::filesystem::path& directory) override;
+
+    // Simulates a disk that fills up: from now on, a replace that would bring
+    // the bytes written since this call above `bytes` fails with noSpace and
+    // leaves the old file as it was. Lasts until clearWriteFailures().
+    void failWritesAfter(std::size_t bytes);
+    void clearWriteFailures();
+
+    // Successful atomic replaces, in total or of one file.
+    std::size_t writeCount() const { return m_totalWrites; }
+    std::size_t writeCount(const std::filesystem::path& path) const;
+
+private:
+    std::map<std::filesystem::path, Bytes> m_files;
+    std::set<std::filesystem::path> m_directories;
+    std::map<std::filesystem::path, std::size_t> m_writes;
+    std::size_t m_totalWrites = 0;
+    std::optional<std::size_t> m_writeBudget;
+    std::size_t m_bytesSinceBudget = 0;
+};
+
+}  // namespace corvale
