@@ -69,6 +69,8 @@ std::optional<Day> Day::parse(std::string_view text) {
         start = dash + 1;
     }
     if (count != 3) return std::nullopt;
+    // Beyond these the written form would not read back as the same day.
+    if (parts[0] > 9999 || parts[1] < 1 || parts[1] > 12 || parts[2] < 1 || parts[2] > 31) return std::nullopt;
     return Day{parts[0], parts[1], parts[2]};
 }
 

@@ -17,7 +17,8 @@ struct Day {
 
     // Takes at most the first 10 characters, splits them at '-' (dropping
     // empty pieces) and keeps the pieces that are base-10 integers; exactly
-    // three must remain. So "2026-7-4" parses and "2026/07/04" does not.
+    // three must remain, within year 0-9999, month 1-12 and day 1-31. So
+    // "2026-7-4" parses and "2026/07/04" does not.
     static std::optional<Day> parse(std::string_view text);
     static Day today();  // in the local time zone
     static Day endOfMonth(int year, int month);

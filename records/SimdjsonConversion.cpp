@@ -6,13 +6,16 @@ JSONValue toJSONValue(simdjson::dom::element element) {
     using simdjson::dom::element_type;
     switch (element.type()) {
         case element_type::ARRAY: {
+            const simdjson::dom::array source = element.get_array().value_unsafe();
             JSONValue::Array array;
-            for (auto child : element.get_array().value_unsafe()) array.push_back(toJSONValue(child));
+            array.reserve(source.size());
+            for (auto child : source) array.push_back(toJSONValue(child));
             return array;
         }
         case element_type::OBJECT: {
+            const simdjson::dom::object source = element.get_object().value_unsafe();
             JSONValue::Object object;
-            for (auto field : element.get_object().value_unsafe()) {
+            for (auto field : source) {
                 // Later duplicates win, as they would for any reader that fills a map.
                 object.insert_or_assign(std::string(field.key), toJSONValue(field.value));
             }

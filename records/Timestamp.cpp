@@ -79,6 +79,8 @@ std::optional<Timestamp> parseInternetDateTime(std::string_view text, bool wantF
     if (!date.ok()) return std::nullopt;
     const auto time = sys_days{date} + hours{hour} + minutes{minute} + seconds{second} + milliseconds{millis} -
                       minutes{offsetMinutes};
+    const int utcYear = static_cast<int>(year_month_day{floor<days>(time)}.year());
+    if (utcYear < 0 || utcYear > 9999) return std::nullopt;  // could not be written back in four digits
     return Timestamp{time_point_cast<milliseconds>(time)};
 }
 

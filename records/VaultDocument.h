@@ -12,6 +12,7 @@
 #include "records/VaultSettings.h"
 #include "platform/Result.h"
 
+#include <cstddef>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -41,10 +42,15 @@ struct VaultDocument {
 // Sorted keys, absent optionals left out, unknown keys written back.
 std::string encodeVaultDocument(const VaultDocument& document);
 
+// The parser may read this many bytes past the end of the text. A caller
+// whose buffer has that much spare capacity beyond the text saves a copy of
+// the whole document.
+inline constexpr std::size_t kJSONReadPadding = 64;
+
 // Lenient where it can be: a bad element of a person's nested lists is
 // dropped, numbers may arrive as text, a wrongly typed optional reads as
 // absent. A top-level record missing what it cannot do without fails the
 // whole document rather than being dropped and lost on the next save.
-Result<VaultDocument, RecordError> decodeVaultDocument(std::string_view json);
+Result<VaultDocument, RecordError> decodeVaultDocument(std::string_view json, std::size_t spareCapacity = 0);
 
 }  // namespace corvale

@@ -29,10 +29,14 @@ std::string encodeVaultDocument(const VaultDocument& document) {
     return out;
 }
 
-Result<VaultDocument, RecordError> decodeVaultDocument(std::string_view json) {
+static_assert(kJSONReadPadding >= simdjson::SIMDJSON_PADDING);
+
+Result<VaultDocument, RecordError> decodeVaultDocument(std::string_view json, std::size_t spareCapacity) {
     simdjson::dom::parser parser;
     simdjson::dom::element root;
-    if (parser.parse(json.data(), json.size(), true).get(root) != simdjson::SUCCESS) return fail(RecordError::invalidJSON);
+    const bool needsCopy = spareCapacity < kJSONReadPadding;
+    if (parser.parse(json.data(), json.size(), needsCopy).get(root) != simdjson::SUCCESS)
+        return fail(RecordError::invalidJSON);
     if (!root.is_object()) return fail(RecordError::notVaultDocument);
     std::string_view format;
     if (root["format"].get(format) != simdjson::SUCCESS || format != kVaultDocumentFormat)

@@ -58,7 +58,10 @@ TEST(Day, OutOfRangeTextSurvivesAndStillCounts) {
     ASSERT_TRUE(odd);
     EXPECT_EQ(odd->toString(), "2026-02-30");
     EXPECT_EQ(odd->addingDays(0), (Day{2026, 3, 2}));
-    EXPECT_EQ((Day{2026, 13, 1}).addingDays(0), (Day{2027, 1, 1}));
+    EXPECT_FALSE(Day::parse("2026-13-01"));
+    EXPECT_FALSE(Day::parse("2026-00-01"));
+    EXPECT_FALSE(Day::parse("2026-01-32"));
+    EXPECT_FALSE(Day::parse("99999-1-1"));  // would be written with more than ten characters
 }
 
 TEST(Day, FormatsForPeople) {
