@@ -15,3 +15,12 @@ function(corvale_library name)
   target_link_libraries(corvale_${name} PUBLIC ${ARG_PUBLIC_DEPS} PRIVATE ${ARG_PRIVATE_DEPS})
   corvale_warnings(corvale_${name})
 endfunction()
+
+# An area whose code has not arrived yet: an interface library that already
+# fixes where it sits among the others. It becomes a corvale_library with its first source.
+function(corvale_pending_area name)
+  cmake_parse_arguments(ARG "" "" "DEPS" ${ARGN})
+  add_library(corvale_${name} INTERFACE)
+  add_library(corvale::${name} ALIAS corvale_${name})
+  target_link_libraries(corvale_${name} INTERFACE ${ARG_DEPS})
+endfunction()

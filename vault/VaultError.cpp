@@ -1,0 +1,41 @@
+#include "vault/VaultError.h"
+
+#include <utility>
+
+namespace corvale {
+
+VaultError VaultError::keychain(std::int32_t status) {
+    VaultError error = withCode(Code::keychain);
+    error.status = status;
+    return error;
+}
+
+VaultError VaultError::storage(FileError error) {
+    VaultError result = withCode(Code::storage);
+    result.file = std::move(error);
+    return result;
+}
+
+std::string VaultError::message() const {
+    switch (code) {
+    case Code::keychain:
+        return "Keychain error " + std::to_string(status) + ".";
+    case Code::badFormat:
+        return "This file isn't a Corvale vault.";
+    case Code::wrongPassphrase:
+        return "That passphrase doesn't unlock this vault.";
+    case Code::keyMissing:
+        return "The vault key is missing from this device.";
+    case Code::noSyncFolder:
+        return "Choose a sync folder first.";
+    case Code::damaged:
+        return "This vault file is damaged or was sealed with another key, so restore it from a backup.";
+    case Code::sealFailed:
+        return "Encryption isn't working on this device right now, so restart Corvale and try again.";
+    case Code::storage:
+        return file.message();
+    }
+    return "This file isn't a Corvale vault.";
+}
+
+}  // namespace corvale

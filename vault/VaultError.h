@@ -1,0 +1,47 @@
+#pragma once
+// Everything that can go wrong opening, reading or writing the vault, with a
+// message fit to show the user as it is.
+
+#include "platform/FileSystem.h"
+
+#include <cstdint>
+#include <string>
+
+namespace corvale {
+
+struct VaultError {
+    enum class Code {
+        keychain,         // the secret store refused; see `status`
+        badFormat,        // not a vault or key file at all
+        wrongPassphrase,  // a key file that the passphrase does not open
+        keyMissing,       // no vault key on this device
+        noSyncFolder,     // syncing before a folder was chosen
+        damaged,          // sealed data that fails authentication under a well-formed key
+        sealFailed,       // the crypto library refused to run
+        storage,          // the file system failed; see `file`
+    };
+
+    Code code = Code::badFormat;
+    std::int32_t status = 0;  // keychain only
+    FileError file;           // storage only
+
+    std::string message() const;
+
+    static VaultError keychain(std::int32_t status);
+    static VaultError badFormat() { return withCode(Code::badFormat); }
+    static VaultError wrongPassphrase() { return withCode(Code::wrongPassphrase); }
+    static VaultError keyMissing() { return withCode(Code::keyMissing); }
+    static VaultError noSyncFolder() { return withCode(Code::noSyncFolder); }
+    static VaultError damaged() { return withCode(Code::damaged); }
+    static VaultError sealFailed() { return withCode(Code::sealFailed); }
+    static VaultError storage(FileError error);
+
+private:
+    static VaultError withCode(Code code) {
+        VaultError error;
+        error.code = code;
+        return error;
+    }
+};
+
+}  // namespace corvale

@@ -1,0 +1,64 @@
+#include "vault/VaultKeychain.h"
+
+#include "vault/AppIdentity.h"
+
+#include <utility>
+
+namespace corvale {
+
+std::string VaultKeychain::service() { return std::string(kAppIdentifier) + ".vault"; }
+
+Result<std::optional<SecureBytes>, VaultError> VaultKeychain::loadVaultKey() {
+    auto loaded = m_store.load(service(), std::string(kAccount));
+    if (!loaded) {
+        return fail(VaultError::keychain(loaded.error().status));
+    }
+    std::optional<SecureBytes> key = std::move(loaded).value();
+    // An item of another length cannot be our key. Reporting it as absent
+    // sends the user to rejoin with the key file, which replaces it.
+    if (key && key->size() != kVaultKeySize) {
+        key.reset();
+    }
+    return key;
+}
+
+Result<SecureBytes, VaultError> VaultKeychain::requireVaultKey() {
+    auto loaded = loadVaultKey();
+    if (!loaded) {
+        return fail(loaded.error());
+    }
+    if (!loaded->has_value()) {
+        return fail(VaultError::keyMissing());
+    }
+    return std::move(**loaded);
+}
+
+Result<void, VaultError> VaultKeychain::saveVaultKey(const SecureBytes& key) {
+    auto saved = m_store.save(service(), std::string(kAccount), key.view());
+    if (!saved) {
+        return fail(VaultError::keychain(saved.error().status));
+    }
+    return {};
+}
+
+Result<void, VaultError> VaultKeychain::deleteVaultKey() {
+    auto removed = m_store.remove(service(), std::string(kAccount));
+    if (!removed) {
+        return fail(VaultError::keychain(removed.error().status));
+    }
+    return {};
+}
+
+Result<SecureBytes, VaultError> VaultKeychain::joinWithKeyFile(const KeyFile& keyFile, std::string_view passphrase) {
+    auto key = keyFile.open(passphrase);
+    if (!key) {
+        return fail(key.error());
+    }
+    auto saved = saveVaultKey(*key);
+    if (!saved) {
+        return fail(saved.error());
+    }
+    return std::move(key).value();
+}
+
+}  // namespace corvale
