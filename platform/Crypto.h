@@ -27,8 +27,9 @@ Bytes randomBytes(std::size_t count);
 
 Sha256Digest sha256(ByteView data);
 
-// AES-256-GCM. `out` receives ciphertext followed by the 16-byte tag.
-// Returns false only if the library refuses (wrong key or nonce size).
+// AES-256-GCM. Appends ciphertext and the 16-byte tag to `out`, so a caller
+// can write its own header first without copying the ciphertext after.
+// Returns false, leaving `out` as it was, only if the library refuses (wrong key or nonce size).
 bool aesGcmSeal(ByteView key, ByteView nonce, ByteView additionalData, ByteView plain, Bytes& out);
 
 // Verifies and decrypts ciphertext||tag into `plain`. False when verification fails.

@@ -90,76 +90,174 @@ void writeTimestamp(JSONWriter& writer, const Timestamp& timestamp) {
     writer.out().append(buffer, p);
 }
 
-Read read(Element e, std::string& out) {
-    std::string_view text;
-    if (e.get_string().get(text) != simdjson::SUCCESS) return Read::absent;
-    out.assign(text);
+namespace {
+
+using simdjson::ondemand::json_type;
+
+std::optional<json_type> typeOf(Value& value) {
+    json_type type;
+    if (value.type().get(type) != simdjson::SUCCESS) return std::nullopt;
+    return type;
+}
+
+bool isSpace(char c) { return c == ' ' || c == '\t' || c == '\n' || c == '\r'; }
+
+}  // namespace
+
+std::optional<std::string_view> Reader::text(Value& value) {
+    if (typeOf(value) != json_type::string) return std::nullopt;
+    // Most strings have no escapes: take them straight from the input rather
+    // than copying every one through the parser's buffer.
+    std::string_view token = value.raw_json_token();
+    while (!token.empty() && isSpace(token.back())) token.remove_suffix(1);
+    if (token.size() >= 2 && token.back() == '"') {
+        const std::string_view body = token.substr(1, token.size() - 2);
+        if (body.find('\\') == std::string_view::npos) return body;
+    }
+    std::string_view unescaped;
+    if (value.get_string().get(unescaped) != simdjson::SUCCESS) {
+        markBroken();
+        return std::nullopt;
+    }
+    return unescaped;
+}
+
+Read Reader::read(Value& v, std::string& out) {
+    const auto value = text(v);
+    if (!value) return Read::absent;
+    out.assign(*value);
     return Read::ok;
 }
 
-Read read(Element e, bool& out) {
+Read Reader::read(Value& v, bool& out) {
+    if (typeOf(v) != json_type::boolean) return Read::absent;
     bool value = false;
-    if (e.get_bool().get(value) != simdjson::SUCCESS) return Read::absent;
+    if (v.get_bool().get(value) != simdjson::SUCCESS) {
+        markBroken();
+        return Read::absent;
+    }
     out = value;
     return Read::ok;
 }
 
-Read read(Element e, double& out) {
-    if (e.is_number()) {
-        out = e.get_double().value_unsafe();
+Read Reader::read(Value& v, double& out) {
+    const auto type = typeOf(v);
+    if (type == json_type::number) {
+        double value = 0;
+        if (v.get_double().get(value) != simdjson::SUCCESS) {
+            markBroken();
+            return Read::absent;
+        }
+        out = value;
         return Read::ok;
     }
-    std::string_view text;
-    if (e.get_string().get(text) != simdjson::SUCCESS) return Read::absent;
-    const auto value = numberFromText(text);
+    if (type != json_type::string) return Read::absent;
+    const auto digits = text(v);
+    if (!digits) return Read::absent;
+    const auto value = numberFromText(*digits);
     if (!value) return Read::absent;
     out = *value;
     return Read::ok;
 }
 
-Read read(Element e, std::int64_t& out) {
-    std::int64_t integer = 0;
-    if (e.get_int64().get(integer) == simdjson::SUCCESS) {
-        out = integer;
-        return Read::ok;
-    }
+Read Reader::read(Value& v, std::int64_t& out) {
     double number = 0;
-    if (read(e, number) != Read::ok) return Read::absent;
+    if (read(v, number) != Read::ok) return Read::absent;
     const auto value = integerFromDouble(number);
     if (!value) return Read::absent;
     out = *value;
     return Read::ok;
 }
 
-Read read(Element e, int& out) {
+Read Reader::read(Value& v, int& out) {
     std::int64_t value = 0;
-    if (read(e, value) != Read::ok) return Read::absent;
+    if (read(v, value) != Read::ok) return Read::absent;
     if (value < std::numeric_limits<int>::min() || value > std::numeric_limits<int>::max()) return Read::absent;
     out = static_cast<int>(value);
     return Read::ok;
 }
 
-Read read(Element e, Day& out) {
-    std::string_view text;
-    if (e.get_string().get(text) != simdjson::SUCCESS) return Read::absent;
-    const auto day = Day::parse(text);
+Read Reader::read(Value& v, Day& out) {
+    const auto value = text(v);
+    if (!value) return Read::absent;
+    const auto day = Day::parse(*value);
     if (!day) return Read::absent;
     out = *day;
     return Read::ok;
 }
 
-Read read(Element e, Timestamp& out) {
-    std::string_view text;
-    if (e.get_string().get(text) != simdjson::SUCCESS) return Read::absent;
-    const auto timestamp = Timestamp::parse(text);
+Read Reader::read(Value& v, Timestamp& out) {
+    const auto value = text(v);
+    if (!value) return Read::absent;
+    const auto timestamp = Timestamp::parse(*value);
     if (!timestamp) return Read::invalid;
     out = *timestamp;
     return Read::ok;
 }
 
-Read read(Element e, JSONValue& out) {
-    out = toJSONValue(e);
-    return Read::ok;
+Read Reader::read(Value& v, JSONValue& out) {
+    out = toJSON(v);
+    return m_broken ? Read::invalid : Read::ok;
+}
+
+JSONValue Reader::toJSON(Value& v) {
+    const auto type = typeOf(v);
+    if (!type) {
+        markBroken();
+        return nullptr;
+    }
+    switch (*type) {
+        case json_type::array: {
+            JSONValue::Array values;
+            simdjson::ondemand::array array;
+            if (v.get_array().get(array) != simdjson::SUCCESS) break;
+            for (auto element : array) {
+                Value child;
+                if (element.get(child) != simdjson::SUCCESS) markBroken();
+                if (m_broken) return nullptr;
+                values.push_back(toJSON(child));
+                if (m_broken) return nullptr;
+            }
+            return values;
+        }
+        case json_type::object: {
+            JSONValue::Object values;
+            simdjson::ondemand::object object;
+            if (v.get_object().get(object) != simdjson::SUCCESS) break;
+            for (auto field : object) {
+                const auto key = this->key(field);
+                Value child;
+                if (!key || field.value().get(child) != simdjson::SUCCESS) markBroken();
+                if (m_broken) return nullptr;
+                std::string name(*key);
+                // Later duplicates win, as they would for any reader that fills a map.
+                values.insert_or_assign(std::move(name), toJSON(child));
+                if (m_broken) return nullptr;
+            }
+            return values;
+        }
+        case json_type::number: {
+            double value = 0;
+            if (v.get_double().get(value) != simdjson::SUCCESS) break;
+            return value;
+        }
+        case json_type::string: {
+            const auto value = text(v);
+            if (!value) break;
+            return std::string(*value);
+        }
+        case json_type::boolean: {
+            bool value = false;
+            if (v.get_bool().get(value) != simdjson::SUCCESS) break;
+            return value;
+        }
+        case json_type::null: {
+            if (!v.is_null()) break;
+            return nullptr;
+        }
+    }
+    markBroken();
+    return nullptr;
 }
 
 }  // namespace corvale::codec

@@ -13,9 +13,6 @@ namespace corvale::codec {
 template <class T>
 void encode(JSONWriter& writer, const T& record);
 
-// False when the element is not an object or lacks what the record needs.
-template <class T>
-bool decode(simdjson::dom::element element, T& record);
 
 }  // namespace corvale::codec
 

@@ -3,7 +3,6 @@
 
 #include "records/Day.h"
 #include "records/ObjectEncoder.h"
-#include "records/SimdjsonConversion.h"
 #include "records/Timestamp.h"
 
 #include <charconv>
@@ -17,7 +16,7 @@
 
 namespace corvale::codec {
 
-using Element = simdjson::dom::element;
+using Value = simdjson::ondemand::value;
 
 struct NullVisitor {
     template <class T>
@@ -121,97 +120,147 @@ void encode(JSONWriter& writer, const T& record) {
 }
 
 // ---------------------------------------------------------------- reading
+// Records are read straight off the text with simdjson's On-Demand API: no
+// intermediate tree, so a large vault needs little more than its records.
 
 // `absent` covers missing and wrongly typed values; `invalid` is a value
 // that must fail its record (a timestamp that is text but not a time).
 enum class Read { ok, absent, invalid };
 
-Read read(Element e, std::string& out);
-Read read(Element e, bool& out);
-Read read(Element e, double& out);
-Read read(Element e, std::int64_t& out);
-Read read(Element e, int& out);
-Read read(Element e, Day& out);
-Read read(Element e, Timestamp& out);
-Read read(Element e, JSONValue& out);
-template <Record T>
-Read read(Element e, T& out);
-template <class T>
-Read read(Element e, std::optional<T>& out);
-template <class T>
-Read read(Element e, std::vector<T>& out);
-template <class T>
-Read read(Element e, std::map<std::string, T>& out);
+// Carries what one decoding run learned: whether the text itself turned out
+// not to be JSON, which fails the whole document however lenient the field.
+class Reader {
+public:
+    bool broken() const { return m_broken; }
+    void markBroken() { m_broken = true; }
 
-template <Record T>
-Read read(Element e, T& out) {
-    T fresh{};
-    if (!decode(e, fresh)) return Read::absent;
-    out = std::move(fresh);
-    return Read::ok;
-}
+    // The string's text; points into the input when it has no escapes.
+    std::optional<std::string_view> text(Value& value);
 
-template <class T>
-Read read(Element e, std::optional<T>& out) {
-    T value{};
-    const Read result = read(e, value);
-    if (result == Read::ok)
-        out = std::move(value);
-    else
-        out.reset();
-    return result == Read::invalid ? Read::invalid : Read::ok;
-}
-
-// Lenient: an element that does not read is dropped, the rest kept. JSON
-// values kept for later types must at least be objects.
-template <class T>
-Read read(Element e, std::vector<T>& out) {
-    simdjson::dom::array array;
-    if (e.get_array().get(array) != simdjson::SUCCESS) return Read::absent;
-    std::vector<T> values;
-    values.reserve(array.size());
-    for (Element child : array) {
-        if constexpr (std::is_same_v<T, JSONValue>) {
-            if (!child.is_object()) continue;
+    // A member's key, taken from the input where it has no escapes (as keys
+    // almost never do) instead of being copied out one by one.
+    template <class Field>
+    std::optional<std::string_view> key(Field& field) {
+        simdjson::ondemand::raw_json_string raw;
+        if (field.key().get(raw) == simdjson::SUCCESS) {
+            // The opening scan already proved every string closed, so this stops at its quote.
+            const char* start = raw.raw();
+            const char* end = start;
+            while (*end != '"' && *end != '\\') ++end;
+            if (*end == '"') return std::string_view(start, static_cast<std::size_t>(end - start));
+            std::string_view unescaped;
+            if (field.unescaped_key().get(unescaped) == simdjson::SUCCESS) return unescaped;
         }
-        T value{};
-        if (read(child, value) == Read::ok) values.push_back(std::move(value));
+        markBroken();
+        return std::nullopt;
     }
-    out = std::move(values);
-    return Read::ok;
-}
 
-template <class T>
-Read read(Element e, std::map<std::string, T>& out) {
-    simdjson::dom::object object;
-    if (e.get_object().get(object) != simdjson::SUCCESS) return Read::absent;
-    std::map<std::string, T> values;
-    for (auto field : object) {
-        T value{};
-        if (read(field.value, value) == Read::ok) values.insert_or_assign(std::string(field.key), std::move(value));
-    }
-    out = std::move(values);
-    return Read::ok;
-}
+    Read read(Value& v, std::string& out);
+    Read read(Value& v, bool& out);
+    Read read(Value& v, double& out);
+    Read read(Value& v, std::int64_t& out);
+    Read read(Value& v, int& out);
+    Read read(Value& v, Day& out);
+    Read read(Value& v, Timestamp& out);
+    Read read(Value& v, JSONValue& out);
+    JSONValue toJSON(Value& v);
 
-template <Record T>
-Read readStrict(Element e, std::vector<T>& out) {
-    simdjson::dom::array array;
-    if (e.get_array().get(array) != simdjson::SUCCESS) return Read::absent;
-    std::vector<T> values;
-    values.reserve(array.size());
-    for (Element child : array) {
-        T value{};
-        if (!decode(child, value)) return Read::invalid;
-        values.push_back(std::move(value));
+    template <Record T>
+    Read read(Value& v, T& out) {
+        T fresh{};
+        if (!decode(v, fresh)) return Read::absent;
+        out = std::move(fresh);
+        return Read::ok;
     }
-    out = std::move(values);
-    return Read::ok;
-}
+
+    template <class T>
+    Read read(Value& v, std::optional<T>& out) {
+        T value{};
+        const Read result = read(v, value);
+        if (result == Read::ok)
+            out = std::move(value);
+        else
+            out.reset();
+        return result == Read::invalid ? Read::invalid : Read::ok;
+    }
+
+    // Lenient: an element that does not read is dropped, the rest kept. JSON
+    // values kept for later types must at least be objects.
+    template <class T>
+    Read read(Value& v, std::vector<T>& out) {
+        simdjson::ondemand::array array;
+        if (v.get_array().get(array) != simdjson::SUCCESS) return Read::absent;
+        std::vector<T> values;
+        for (auto element : array) {
+            Value child;
+            if (element.get(child) != simdjson::SUCCESS) {
+                markBroken();
+                return Read::invalid;
+            }
+            if constexpr (std::is_same_v<T, JSONValue>) {
+                simdjson::ondemand::json_type type;
+                if (child.type().get(type) != simdjson::SUCCESS || type != simdjson::ondemand::json_type::object) continue;
+            }
+            T value{};
+            if (read(child, value) == Read::ok) values.push_back(std::move(value));
+            if (m_broken) return Read::invalid;
+        }
+        out = std::move(values);
+        return Read::ok;
+    }
+
+    template <class T>
+    Read read(Value& v, std::map<std::string, T>& out) {
+        simdjson::ondemand::object object;
+        if (v.get_object().get(object) != simdjson::SUCCESS) return Read::absent;
+        std::map<std::string, T> values;
+        for (auto field : object) {
+            const auto name = key(field);
+            Value child;
+            if (!name || field.value().get(child) != simdjson::SUCCESS) {
+                markBroken();
+                return Read::invalid;
+            }
+            T value{};
+            if (read(child, value) == Read::ok) values.insert_or_assign(std::string(*name), std::move(value));
+            if (m_broken) return Read::invalid;
+        }
+        out = std::move(values);
+        return Read::ok;
+    }
+
+    // Every element must read, or the list fails.
+    template <Record T>
+    Read readStrict(Value& v, std::vector<T>& out) {
+        simdjson::ondemand::array array;
+        if (v.get_array().get(array) != simdjson::SUCCESS) return Read::absent;
+        std::vector<T> values;
+        for (auto element : array) {
+            Value child;
+            if (element.get(child) != simdjson::SUCCESS) {
+                markBroken();
+                return Read::invalid;
+            }
+            T value{};
+            if (!decode(child, value)) return Read::invalid;
+            values.push_back(std::move(value));
+        }
+        out = std::move(values);
+        return Read::ok;
+    }
+
+    // False when the value is not an object or lacks what the record needs.
+    template <class T>
+    bool decode(Value& value, T& record);
+
+private:
+    bool m_broken = false;
+};
 
 class FieldMatcher {
 public:
-    FieldMatcher(std::string_view key, Element value, std::uint64_t& seen) : m_key(key), m_value(value), m_seen(seen) {}
+    FieldMatcher(Reader& reader, std::string_view key, Value& value, std::uint64_t& seen)
+        : m_reader(reader), m_key(key), m_value(value), m_seen(seen) {}
 
     template <class T>
     void req(std::string_view name, T& member) {
@@ -236,10 +285,10 @@ private:
         if (m_matched || name != m_key) return;
         m_matched = true;
         Read result;
-        if constexpr (requires { readStrict(m_value, member); }) {
-            result = strictList ? readStrict(m_value, member) : read(m_value, member);
+        if constexpr (requires { m_reader.readStrict(m_value, member); }) {
+            result = strictList ? m_reader.readStrict(m_value, member) : m_reader.read(m_value, member);
         } else {
-            result = read(m_value, member);
+            result = m_reader.read(m_value, member);
         }
         if (result == Read::invalid || (required && result != Read::ok)) {
             m_failed = true;
@@ -248,8 +297,9 @@ private:
         if (result == Read::ok) m_seen |= std::uint64_t{1} << index;
     }
 
+    Reader& m_reader;
     std::string_view m_key;
-    Element m_value;
+    Value& m_value;
     std::uint64_t& m_seen;
     unsigned m_index = 0;
     bool m_matched = false;
@@ -281,16 +331,26 @@ private:
 };
 
 template <class T>
-bool decode(Element element, T& record) {
-    simdjson::dom::object object;
-    if (element.get_object().get(object) != simdjson::SUCCESS) return false;
+bool Reader::decode(Value& value, T& record) {
+    simdjson::ondemand::object object;
+    if (value.get_object().get(object) != simdjson::SUCCESS) return false;
     std::uint64_t seen = 0;
     for (auto field : object) {
-        FieldMatcher matcher(field.key, field.value, seen);
+        const auto name = key(field);
+        Value member;
+        if (!name || field.value().get(member) != simdjson::SUCCESS) {
+            markBroken();
+            return false;
+        }
+        FieldMatcher matcher(*this, *name, member, seen);
         fields::visit(matcher, record);
-        if (matcher.failed()) return false;
+        if (matcher.failed() || m_broken) return false;
         if (!matcher.matched()) {
-            if constexpr (HasExtra<T>) record.extra.insert_or_assign(std::string(field.key), toJSONValue(field.value));
+            if constexpr (HasExtra<T>) {
+                JSONValue unknown = toJSON(member);
+                if (m_broken) return false;
+                record.extra.insert_or_assign(std::string(*name), std::move(unknown));
+            }
         }
     }
     RequiredCheck check(seen);

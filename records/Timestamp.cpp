@@ -35,7 +35,7 @@ bool expect(std::string_view text, std::size_t& pos, char c) {
 // yyyy-mm-ddThh:mm:ss[.fff…](Z|±hh:mm)
 std::optional<Timestamp> parseInternetDateTime(std::string_view text, bool wantFraction) {
     std::size_t pos = 0;
-    int year, month, day, hour, minute, second;
+    int year = 0, month = 0, day = 0, hour = 0, minute = 0, second = 0;
     if (!readDigits(text, pos, 4, year) || !expect(text, pos, '-') || !readDigits(text, pos, 2, month) ||
         !expect(text, pos, '-') || !readDigits(text, pos, 2, day))
         return std::nullopt;
@@ -64,7 +64,7 @@ std::optional<Timestamp> parseInternetDateTime(std::string_view text, bool wantF
     } else if (pos < text.size() && (text[pos] == '+' || text[pos] == '-')) {
         const int sign = text[pos] == '-' ? -1 : 1;
         ++pos;
-        int offsetHours, offsetMins;
+        int offsetHours = 0, offsetMins = 0;
         if (!readDigits(text, pos, 2, offsetHours) || !expect(text, pos, ':') || !readDigits(text, pos, 2, offsetMins))
             return std::nullopt;
         if (offsetHours > 23 || offsetMins > 59) return std::nullopt;

@@ -10,6 +10,7 @@
 #include "records/Person.h"
 #include "records/RecordError.h"
 #include "records/VaultSettings.h"
+#include "platform/Bytes.h"
 #include "platform/Result.h"
 
 #include <cstddef>
@@ -52,5 +53,8 @@ inline constexpr std::size_t kJSONReadPadding = 64;
 // absent. A top-level record missing what it cannot do without fails the
 // whole document rather than being dropped and lost on the next save.
 Result<VaultDocument, RecordError> decodeVaultDocument(std::string_view json, std::size_t spareCapacity = 0);
+
+// The same for plain text just unsealed, which is wiped and released once read.
+Result<VaultDocument, RecordError> decodeVaultDocument(Bytes&& plainJSON);
 
 }  // namespace corvale

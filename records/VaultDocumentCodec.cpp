@@ -1,6 +1,8 @@
 #include "records/RecordCodec.h"
 #include "records/VaultDocument.h"
 
+#include "platform/SecureBytes.h"
+
 namespace corvale {
 namespace {
 
@@ -31,18 +33,52 @@ std::string encodeVaultDocument(const VaultDocument& document) {
 
 static_assert(kJSONReadPadding >= simdjson::SIMDJSON_PADDING);
 
-Result<VaultDocument, RecordError> decodeVaultDocument(std::string_view json, std::size_t spareCapacity) {
-    simdjson::dom::parser parser;
-    simdjson::dom::element root;
-    const bool needsCopy = spareCapacity < kJSONReadPadding;
-    if (parser.parse(json.data(), json.size(), needsCopy).get(root) != simdjson::SUCCESS)
-        return fail(RecordError::invalidJSON);
-    if (!root.is_object()) return fail(RecordError::notVaultDocument);
+namespace {
+
+bool hasVaultFormat(simdjson::ondemand::document& document) {
     std::string_view format;
-    if (root["format"].get(format) != simdjson::SUCCESS || format != kVaultDocumentFormat)
-        return fail(RecordError::notVaultDocument);
+    document.rewind();
+    return document.find_field_unordered("format").get(format) == simdjson::SUCCESS && format == kVaultDocumentFormat;
+}
+
+Result<VaultDocument, RecordError> decodePadded(simdjson::padded_string_view json) {
+    simdjson::ondemand::parser parser;
+    simdjson::ondemand::document root;
+    if (parser.iterate(json).get(root) != simdjson::SUCCESS) return fail(RecordError::invalidJSON);
+    simdjson::ondemand::json_type type;
+    if (root.type().get(type) != simdjson::SUCCESS) return fail(RecordError::invalidJSON);
+    if (type != simdjson::ondemand::json_type::object) return fail(RecordError::notVaultDocument);
+    simdjson::ondemand::value value;
+    if (root.get_value().get(value) != simdjson::SUCCESS) return fail(RecordError::invalidJSON);
+
+    codec::Reader reader;
     VaultDocument document;
-    if (!codec::decode(root, document)) return fail(RecordError::malformedRecord);
+    document.format.clear();
+    const bool decoded = reader.decode(value, document);
+    if (reader.broken()) return fail(RecordError::invalidJSON);
+    if (decoded) {
+        // Anything after the root object means the text was never one JSON value.
+        if (root.current_location().error() != simdjson::OUT_OF_BOUNDS) return fail(RecordError::invalidJSON);
+        if (document.format != kVaultDocumentFormat) return fail(RecordError::notVaultDocument);
+        return document;
+    }
+    // Reading stopped at the first bad record, perhaps before the format was seen.
+    return fail(hasVaultFormat(root) ? RecordError::malformedRecord : RecordError::notVaultDocument);
+}
+
+}  // namespace
+
+Result<VaultDocument, RecordError> decodeVaultDocument(std::string_view json, std::size_t spareCapacity) {
+    if (spareCapacity >= kJSONReadPadding)
+        return decodePadded(simdjson::padded_string_view(json.data(), json.size(), json.size() + spareCapacity));
+    const simdjson::padded_string copy(json);
+    return decodePadded(copy);
+}
+
+Result<VaultDocument, RecordError> decodeVaultDocument(Bytes&& plainJSON) {
+    auto document = decodeVaultDocument(asText(plainJSON), plainJSON.capacity() - plainJSON.size());
+    secureWipe(plainJSON.data(), plainJSON.size());
+    Bytes().swap(plainJSON);
     return document;
 }
 

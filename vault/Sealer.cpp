@@ -22,15 +22,13 @@ Result<Bytes, VaultError> Sealer::seal(ByteView plain, ByteView key, ByteView no
     if (key.size() != crypto::kAesKeySize || nonce.size() != crypto::kGcmNonceSize) {
         return fail(VaultError::sealFailed());
     }
-    Bytes cipher;
-    if (!crypto::aesGcmSeal(key, nonce, magicView(), plain, cipher)) {
+    Bytes envelope(kHeaderSize);
+    envelope.reserve(kHeaderSize + plain.size() + crypto::kGcmTagSize);
+    std::copy(kMagic.begin(), kMagic.end(), envelope.begin());
+    std::copy(nonce.begin(), nonce.end(), envelope.begin() + kMagic.size());
+    if (!crypto::aesGcmSeal(key, nonce, magicView(), plain, envelope)) {
         return fail(VaultError::sealFailed());
     }
-    Bytes envelope;
-    envelope.reserve(kHeaderSize + cipher.size());
-    envelope.insert(envelope.end(), kMagic.begin(), kMagic.end());
-    envelope.insert(envelope.end(), nonce.begin(), nonce.end());
-    envelope.insert(envelope.end(), cipher.begin(), cipher.end());
     return envelope;
 }
 

@@ -40,8 +40,10 @@ bool VaultFiles::isBlobHash(std::string_view hash) {
 }
 
 Result<Bytes, VaultError> VaultFiles::sealedDocument(const VaultDocument& document) const {
-    const std::string json = encodeVaultDocument(document);
-    return Sealer::seal(asBytes(json), m_key.view());
+    std::string json = encodeVaultDocument(document);
+    auto sealed = Sealer::seal(asBytes(json), m_key.view());
+    secureWipe(json.data(), json.size());  // the vault's plain text should not outlive the save
+    return sealed;
 }
 
 Result<void, VaultError> VaultFiles::writeSealed(const std::filesystem::path& path, ByteView sealed) {
@@ -78,8 +80,7 @@ Result<VaultDocument, VaultError> VaultFiles::loadDocument() {
     if (!plain) {
         return fail(plain.error());
     }
-    auto document = decodeVaultDocument(asText(*plain), plain->capacity() - plain->size());
-    secureWipe(plain->data(), plain->size());
+    auto document = decodeVaultDocument(std::move(*plain));
     if (!document) {
         return fail(VaultError::badFormat());
     }

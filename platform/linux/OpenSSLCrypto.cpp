@@ -120,18 +120,19 @@ Sha256Digest sha256(ByteView data) {
 }
 
 bool aesGcmSeal(ByteView key, ByteView nonce, ByteView additionalData, ByteView plain, Bytes& out) {
-    out.clear();
+    const std::size_t start = out.size();
     CipherContext context = startGcm(key, nonce, true);
     if (!context || !addAdditionalData(context.get(), additionalData, true)) {
         return false;
     }
-    out.resize(plain.size() + kGcmTagSize);
+    out.resize(start + plain.size() + kGcmTagSize);
+    std::uint8_t* cipher = out.data() + start;
     int finalLength = 0;
-    if (!transform(context.get(), plain, out.data(), true) ||
-        EVP_EncryptFinal_ex(context.get(), out.data() + plain.size(), &finalLength) != 1 || finalLength != 0 ||
+    if (!transform(context.get(), plain, cipher, true) ||
+        EVP_EncryptFinal_ex(context.get(), cipher + plain.size(), &finalLength) != 1 || finalLength != 0 ||
         EVP_CIPHER_CTX_ctrl(context.get(), EVP_CTRL_GCM_GET_TAG, static_cast<int>(kGcmTagSize),
-                            out.data() + plain.size()) != 1) {
-        out.clear();
+                            cipher + plain.size()) != 1) {
+        out.resize(start);
         return false;
     }
     return true;

@@ -132,7 +132,10 @@ Result<Bytes, FileError> PosixFileSystem::readFile(const std::filesystem::path& 
 
 Result<void, FileError> PosixFileSystem::replaceFileAtomically(const std::filesystem::path& path, ByteView contents) {
     const std::filesystem::path folder = folderOf(path);
-    std::string pattern = (folder / ("." + path.filename().string() + ".XXXXXX")).string();
+    std::string temporaryName = ".";  // built step by step: gcc 12 misreports `"." + string` under -O2
+    temporaryName += path.filename().string();
+    temporaryName += ".XXXXXX";
+    std::string pattern = (folder / temporaryName).string();
     // mkostemp creates the file 0600, so it is owner-only from its first byte.
     Descriptor fd(::mkostemp(pattern.data(), O_CLOEXEC));
     if (fd.get() < 0) {

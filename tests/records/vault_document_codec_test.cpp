@@ -125,6 +125,23 @@ TEST(VaultDocumentCodec, KeysFromANewerVersionSurvive) {
     EXPECT_EQ(person.find("facilities")->asArray().at(0).find("name")->asString(), "Mercy");
 }
 
+TEST(VaultDocumentCodec, EscapedKeysAndStringsReadLikeAnyOther) {
+    // "na\u006de" is the key "name"; escaped text is unescaped wherever it stands.
+    const std::string json = documentWithPeople(
+        R"({"id":"p","na\u006de":"Jos\u00e9 \"Pepe\"\nRuiz","degree":"MD","fut\u00fcre":{"k\u0031":"v\/"}})");
+    const VaultDocument document = decodeOrFail(json);
+    EXPECT_EQ(document.people.at(0).name, "Jos\u00e9 \"Pepe\"\nRuiz");
+    EXPECT_EQ(document.people.at(0).extra.at("fut\u00fcre"), (JSONValue(JSONValue::Object{{"k1", "v/"}})));
+
+    // The unsealed-buffer entry point reads the same and leaves nothing behind.
+    Bytes plain(json.begin(), json.end());
+    plain.reserve(plain.size() + kJSONReadPadding);
+    const auto fromBuffer = decodeVaultDocument(std::move(plain));
+    ASSERT_TRUE(fromBuffer);
+    EXPECT_EQ(encodeVaultDocument(*fromBuffer), encodeVaultDocument(document));
+    EXPECT_TRUE(plain.empty());
+}
+
 TEST(VaultDocumentCodec, AFieldWinsOverAnUnknownKeyOfTheSameName) {
     VaultDocument document;
     document.vaultId = "v";
@@ -220,6 +237,12 @@ TEST(VaultDocumentCodec, TopLevelRecordsThatCannotBeReadFailTheWholeDocument) {
                 "completedOn":"2026/01/01"}]})",
               RecordError::malformedRecord);
     failsWith(R"({"format":"pembrose-vault","vaultId":"v","credentials":[7]})", RecordError::malformedRecord);
+    // Text that is not JSON fails as such, even where it hides inside a lenient list.
+    failsWith(R"({"format":"pembrose-vault","vaultId":"v"} trailing)", RecordError::invalidJSON);
+    failsWith(documentWithPeople(R"({"id":"p","name":"A","degree":"MD","workHistory":[{"id":"w","employer":"E",}]})"),
+              RecordError::invalidJSON);
+    failsWith(documentWithPeople(R"({"id":"p","name":"A","degree":"MD","futureKey":[1 2]})"), RecordError::invalidJSON);
+    failsWith(documentWithPeople(R"({"id":"p","name":"A","degree":"MD","isSelf":tru})"), RecordError::invalidJSON);
     EXPECT_EQ(message(RecordError::malformedRecord),
               "A record in this vault is damaged, so restore the vault from a backup.");
 

@@ -1,0 +1,338 @@
+// Opening and saving a large office vault, each beside its floor: the work
+// no implementation of the format can avoid (parsing the JSON with simdjson,
+// AES-GCM, writing the bytes). Prints the ratios and peak heap use at the end.
+//
+//   cmake --preset release && cmake --build --preset release -j2 && build/release/bench/vault_bench
+
+#include "platform/Crypto.h"
+#include "platform/linux/PosixFileSystem.h"
+#include "records/VaultDocument.h"
+#include "vault/Sealer.h"
+#include "vault/VaultFiles.h"
+
+#include <benchmark/benchmark.h>
+#include <malloc.h>
+#include <simdjson.h>
+
+#include <atomic>
+#include <cstdio>
+#include <cstdlib>
+#include <cstring>
+#include <filesystem>
+#include <map>
+#include <new>
+#include <string>
+
+// ------------------------------------------------------------ heap accounting
+// Counts live heap bytes so one open or save can report its peak. Only this
+// benchmark replaces the allocator; nothing here touches the memory itself.
+
+namespace {
+std::atomic<std::size_t> g_liveBytes{0};
+std::atomic<std::size_t> g_peakBytes{0};
+
+void noteAllocation(void* pointer) {
+    if (!pointer) return;
+    const std::size_t live = g_liveBytes.fetch_add(malloc_usable_size(pointer)) + malloc_usable_size(pointer);
+    std::size_t peak = g_peakBytes.load();
+    while (live > peak && !g_peakBytes.compare_exchange_weak(peak, live)) {
+    }
+}
+
+void noteRelease(void* pointer) {
+    if (pointer) g_liveBytes.fetch_sub(malloc_usable_size(pointer));
+}
+
+void* allocate(std::size_t size) {
+    void* pointer = std::malloc(size ? size : 1);
+    noteAllocation(pointer);
+    return pointer;
+}
+
+void* allocateAligned(std::size_t size, std::align_val_t alignment) {
+    void* pointer = nullptr;
+    if (posix_memalign(&pointer, static_cast<std::size_t>(alignment), size ? size : 1) != 0) return nullptr;
+    noteAllocation(pointer);
+    return pointer;
+}
+
+void release(void* pointer) {
+    noteRelease(pointer);
+    std::free(pointer);
+}
+}  // namespace
+
+void* operator new(std::size_t size) {
+    if (void* pointer = allocate(size)) return pointer;
+    throw std::bad_alloc();
+}
+void* operator new[](std::size_t size) { return operator new(size); }
+void* operator new(std::size_t size, const std::nothrow_t&) noexcept { return allocate(size); }
+void* operator new[](std::size_t size, const std::nothrow_t&) noexcept { return allocate(size); }
+void* operator new(std::size_t size, std::align_val_t alignment) {
+    if (void* pointer = allocateAligned(size, alignment)) return pointer;
+    throw std::bad_alloc();
+}
+void* operator new[](std::size_t size, std::align_val_t alignment) { return operator new(size, alignment); }
+void operator delete(void* pointer) noexcept { release(pointer); }
+void operator delete[](void* pointer) noexcept { release(pointer); }
+void operator delete(void* pointer, std::size_t) noexcept { release(pointer); }
+void operator delete[](void* pointer, std::size_t) noexcept { release(pointer); }
+void operator delete(void* pointer, std::align_val_t) noexcept { release(pointer); }
+void operator delete[](void* pointer, std::align_val_t) noexcept { release(pointer); }
+void operator delete(void* pointer, std::size_t, std::align_val_t) noexcept { release(pointer); }
+void operator delete[](void* pointer, std::size_t, std::align_val_t) noexcept { release(pointer); }
+
+namespace corvale {
+namespace {
+
+constexpr int kProviders = 500;
+constexpr int kCredentialsEach = 10;
+constexpr int kCMEEach = 100;
+constexpr int kDocumentsEach = 10;
+
+// Deterministic filler so every run measures the same vault.
+std::string recognisedText(int seed) {
+    static const char* const kWords[] = {"STATE",  "MEDICAL", "BOARD",   "LICENSE", "PHYSICIAN", "SURGEON",
+                                         "EXPIRES", "ISSUED", "NUMBER",  "CERTIFY", "RENEWAL",   "ACTIVE",
+                                         "CONTACT", "HOURS",  "CATEGORY", "CREDIT", "AMERICAN",  "HEART"};
+    std::string text;
+    unsigned state = static_cast<unsigned>(seed) * 2654435761u + 1;
+    while (text.size() < 700) {
+        state = state * 1103515245u + 12345u;
+        text += kWords[(state >> 16) % (sizeof kWords / sizeof *kWords)];
+        text += (state >> 8) % 9 == 0 ? '\n' : ' ';
+    }
+    return text;
+}
+
+Timestamp at(int seconds) { return Timestamp{std::chrono::sys_time<std::chrono::milliseconds>{std::chrono::seconds{1'750'000'000 + seconds}}}; }
+
+VaultDocument makeOfficeVault() {
+    VaultDocument document;
+    document.vaultId = "5b1f4a8e-0c2d-4e6f-8a9b-0c1d2e3f4a5b";
+    static const char* const kKinds[] = {"stateLicense", "dea", "stateCSR", "boardCertification", "bls",
+                                         "acls",         "pals", "malpractice", "caqh",             "tb"};
+    int serial = 0;
+    for (int p = 0; p < kProviders; ++p) {
+        Person person;
+        person.id = newUUID();
+        person.updatedAt = at(p);
+        person.name = "Provider " + std::to_string(p);
+        person.degree = p % 3 == 0 ? "NP" : "MD";
+        person.npi = std::to_string(1000000000 + p);
+        person.email = "provider" + std::to_string(p) + "@clinic.example";
+        person.specialty = "Family Medicine";
+        document.people.push_back(person);
+
+        for (int c = 0; c < kCredentialsEach; ++c) {
+            Credential credential;
+            credential.id = newUUID();
+            credential.updatedAt = at(++serial);
+            credential.personId = person.id;
+            credential.kind = kKinds[c];
+            credential.state = "CA";
+            credential.number = "A" + std::to_string(100000 + serial);
+            credential.issuedOn = Day{2024, 1 + c, 1 + p % 28};
+            credential.expiresOn = Day{2026, 1 + c, 1 + p % 28};
+            credential.status = "Active";
+            credential.notes = "Renew through the board portal.";
+            credential.documentIds = {newUUID()};
+            document.credentials.push_back(credential);
+        }
+        for (int m = 0; m < kCMEEach; ++m) {
+            CMEActivity cme;
+            cme.id = newUUID();
+            cme.updatedAt = at(++serial);
+            cme.personId = person.id;
+            cme.title = "Grand rounds: topic " + std::to_string(m);
+            cme.provider = "County Medical Society";
+            cme.completedOn = Day{2025, 1 + m % 12, 1 + m % 28};
+            cme.hours = 0.5 * (1 + m % 4);
+            cme.category = m % 2 ? "cat1" : "cat2";
+            cme.topics = {"ethics"};
+            document.cme.push_back(cme);
+        }
+        for (int d = 0; d < kDocumentsEach; ++d) {
+            DocumentRecord record;
+            record.id = newUUID();
+            record.updatedAt = at(++serial);
+            record.personId = person.id;
+            record.filename = "scan-" + std::to_string(d) + ".pdf";
+            record.contentType = "application/pdf";
+            record.blobHash = crypto::hexLower(crypto::sha256(asBytes(record.id)));
+            record.size = 200000 + d;
+            record.addedAt = at(serial);
+            record.kind = "license";
+            record.text = recognisedText(serial);
+            document.documents.push_back(record);
+        }
+    }
+    return document;
+}
+
+struct Fixture {
+    std::filesystem::path directory;
+    PosixFileSystem fileSystem;
+    VaultDocument document;
+    std::string json;
+    Bytes envelope;
+    SecureBytes key{crypto::kAesKeySize};
+
+    Fixture() {
+        char pattern[] = "/tmp/corvale-bench-XXXXXX";
+        directory = mkdtemp(pattern);
+        crypto::fillRandom({key.data(), key.size()});
+        document = makeOfficeVault();
+        json = encodeVaultDocument(document);
+        envelope = Sealer::seal(asBytes(json), key.view()).value();
+        if (!files().saveDocument(document)) std::abort();
+    }
+    ~Fixture() { std::filesystem::remove_all(directory); }
+
+    VaultFiles files() { return VaultFiles(fileSystem, key.clone(), directory, directory / "tmp"); }
+    std::filesystem::path floorPath() const { return directory / "floor.pbv"; }
+};
+
+Fixture& fixture() {
+    static Fixture instance;
+    return instance;
+}
+
+void BM_Open(benchmark::State& state) {
+    auto files = fixture().files();
+    for (auto _ : state) {
+        auto document = files.loadDocument();
+        if (!document) state.SkipWithError("open failed");
+        benchmark::DoNotOptimize(document);
+    }
+    state.SetBytesProcessed(static_cast<std::int64_t>(state.iterations() * fixture().json.size()));
+}
+
+// Reading the file, AES-GCM opening it and simdjson parsing the plain text.
+void BM_OpenFloor(benchmark::State& state) {
+    auto& f = fixture();
+    const auto path = f.files().documentPath();
+    for (auto _ : state) {
+        auto envelope = f.fileSystem.readFile(path);
+        auto plain = Sealer::open(envelope.value(), f.key.view());
+        simdjson::dom::parser parser;
+        simdjson::dom::element root;
+        if (parser.parse(plain->data(), plain->size()).get(root) != simdjson::SUCCESS) state.SkipWithError("parse");
+        benchmark::DoNotOptimize(root);
+    }
+    state.SetBytesProcessed(static_cast<std::int64_t>(state.iterations() * f.json.size()));
+}
+
+void BM_Save(benchmark::State& state) {
+    auto files = fixture().files();
+    for (auto _ : state) {
+        if (!files.saveDocument(fixture().document)) state.SkipWithError("save failed");
+    }
+    state.SetBytesProcessed(static_cast<std::int64_t>(state.iterations() * fixture().json.size()));
+}
+
+// AES-GCM sealing the same JSON and writing it the same atomic way.
+void BM_SaveFloor(benchmark::State& state) {
+    auto& f = fixture();
+    for (auto _ : state) {
+        auto sealed = Sealer::seal(asBytes(f.json), f.key.view());
+        if (!f.fileSystem.replaceFileAtomically(f.floorPath(), sealed.value())) state.SkipWithError("write failed");
+    }
+    state.SetBytesProcessed(static_cast<std::int64_t>(state.iterations() * f.json.size()));
+}
+
+BENCHMARK(BM_Open)->Unit(benchmark::kMillisecond)->MinTime(2.0);
+BENCHMARK(BM_OpenFloor)->Unit(benchmark::kMillisecond)->MinTime(2.0);
+BENCHMARK(BM_Save)->Unit(benchmark::kMillisecond)->MinTime(2.0);
+BENCHMARK(BM_SaveFloor)->Unit(benchmark::kMillisecond)->MinTime(2.0);
+
+class RatioReporter : public benchmark::ConsoleReporter {
+public:
+    void ReportRuns(const std::vector<Run>& runs) override {
+        for (const auto& run : runs) {
+            if (run.run_type == Run::RT_Iteration && run.iterations > 0)
+                m_seconds[run.run_name.function_name] = run.GetAdjustedRealTime();
+        }
+        ConsoleReporter::ReportRuns(runs);
+    }
+    double time(const std::string& name) const {
+        const auto it = m_seconds.find(name);
+        return it == m_seconds.end() ? 0 : it->second;
+    }
+
+private:
+    std::map<std::string, double> m_seconds;
+};
+
+std::size_t statusBytes(const char* field) {
+    std::FILE* status = std::fopen("/proc/self/status", "r");
+    if (!status) return 0;
+    char line[256];
+    std::size_t kilobytes = 0;
+    const std::size_t length = std::strlen(field);
+    while (std::fgets(line, sizeof line, status)) {
+        if (std::strncmp(line, field, length) == 0) kilobytes = std::strtoull(line + length, nullptr, 10);
+    }
+    std::fclose(status);
+    return kilobytes * 1024;
+}
+
+struct Peak {
+    std::size_t resident = 0;  // what the work really touched
+    std::size_t heap = 0;      // what it asked for, touched or not
+};
+
+// Hands freed pages back to the kernel, so memory the work reuses counts as
+// touched again, then resets the high-water mark so it covers only `work`.
+template <class Work>
+Peak peakAbove(Work&& work) {
+    malloc_trim(0);
+    if (std::FILE* refs = std::fopen("/proc/self/clear_refs", "w")) {
+        std::fputs("5", refs);
+        std::fclose(refs);
+    }
+    const std::size_t residentBefore = statusBytes("VmRSS:");
+    const std::size_t heapBefore = g_liveBytes.load();
+    g_peakBytes.store(heapBefore);
+    work();
+    return {statusBytes("VmHWM:") - residentBefore, g_peakBytes.load() - heapBefore};
+}
+
+}  // namespace
+}  // namespace corvale
+
+int main(int argc, char** argv) {
+    using namespace corvale;
+    benchmark::Initialize(&argc, argv);
+    if (benchmark::ReportUnrecognizedArguments(argc, argv)) return 1;
+
+    auto& f = fixture();
+    std::printf("Synthetic office vault: %d providers, %zu credentials, %zu CME activities, %zu documents, %.1f MB of JSON\n",
+                kProviders, f.document.credentials.size(), f.document.cme.size(), f.document.documents.size(),
+                static_cast<double>(f.json.size()) / 1e6);
+
+    const auto jsonBytes = static_cast<double>(f.json.size());
+    auto files = f.files();
+    const Peak openPeak = peakAbove([&] { auto document = files.loadDocument(); });
+    const Peak savePeak = peakAbove([&] { (void)files.saveDocument(f.document); });
+
+    RatioReporter reporter;
+    benchmark::RunSpecifiedBenchmarks(&reporter);
+
+    const double openRatio = reporter.time("BM_Open") / reporter.time("BM_OpenFloor");
+    const double saveRatio = reporter.time("BM_Save") / reporter.time("BM_SaveFloor");
+    const auto verdict = [](bool met) { return met ? "met" : "MISSED"; };
+    std::printf("\nopen / floor        %5.2fx  (goal < 2.5x)  %s\n", openRatio, verdict(openRatio < 2.5));
+    std::printf("save / floor        %5.2fx  (goal < 3.0x)  %s\n", saveRatio, verdict(saveRatio < 3.0));
+    const auto report = [&](const char* name, const Peak& peak) {
+        const double resident = static_cast<double>(peak.resident);
+        std::printf("%s peak memory %5.2fx the JSON (%.1f MB resident, goal < 4x)  %s;  heap reserved %.1f MB\n", name,
+                    resident / jsonBytes, resident / 1e6, verdict(resident < 4 * jsonBytes),
+                    static_cast<double>(peak.heap) / 1e6);
+    };
+    report("open", openPeak);
+    report("save", savePeak);
+    benchmark::Shutdown();
+    return 0;
+}
