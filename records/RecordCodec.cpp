@@ -252,7 +252,8 @@ JSONValue Reader::toJSON(Value& v) {
             return value;
         }
         case json_type::null: {
-            if (!v.is_null()) break;
+            bool isNull = false;
+            if (v.is_null().get(isNull) != simdjson::SUCCESS || !isNull) break;
             return nullptr;
         }
     }
