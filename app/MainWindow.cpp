@@ -1,6 +1,6 @@
 #include "app/MainWindow.h"
 
-#include "platform/Paths.h"
+#include "vault/VaultFiles.h"
 
 #include <QEvent>
 #include <QFile>
@@ -107,10 +107,10 @@ MainWindow::MainWindow(QWidget* parent) : QWidget(parent) {
 }
 
 std::filesystem::path MainWindow::vaultDirectory() {
-    return paths::applicationSupportDirectory() / "Corvale" / "Vault";
+    return VaultFiles::defaultDirectory();
 }
 
-std::filesystem::path MainWindow::vaultFile() { return vaultDirectory() / "vault.pbv"; }
+std::filesystem::path MainWindow::vaultFile() { return vaultDirectory() / VaultFiles::kDocumentFileName; }
 
 void MainWindow::refresh() {
     m_location->setText(displayPath(vaultDirectory()));
