@@ -1,8 +1,33 @@
 #include "platform/FileSystem.h"
 
+#include <cerrno>
 #include <system_error>
 
 namespace corvale {
+
+FileError FileError::fromSystemError(int error, std::filesystem::path path) {
+    FileError result;
+    result.systemError = error;
+    result.path = std::move(path);
+    switch (error) {
+    case ENOENT:
+        result.code = Code::notFound;
+        break;
+    case EACCES:
+    case EPERM:
+    case EROFS:
+        result.code = Code::permissionDenied;
+        break;
+    case ENOSPC:
+    case EDQUOT:
+        result.code = Code::noSpace;
+        break;
+    default:
+        result.code = Code::other;
+        break;
+    }
+    return result;
+}
 
 std::string FileError::message() const {
     const std::string name = path.empty() ? std::string("The file") : path.string();

@@ -17,6 +17,9 @@ struct FileError {
     int systemError = 0;  // errno where there is one
     std::filesystem::path path;
 
+    // Classifies an errno value from a failed system call on `path`.
+    static FileError fromSystemError(int error, std::filesystem::path path);
+
     std::string message() const;
 };
 

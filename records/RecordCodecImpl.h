@@ -188,25 +188,7 @@ public:
     // values kept for later types must at least be objects.
     template <class T>
     Read read(Value& v, std::vector<T>& out) {
-        simdjson::ondemand::array array;
-        if (v.get_array().get(array) != simdjson::SUCCESS) return Read::absent;
-        std::vector<T> values;
-        for (auto element : array) {
-            Value child;
-            if (element.get(child) != simdjson::SUCCESS) {
-                markBroken();
-                return Read::invalid;
-            }
-            if constexpr (std::is_same_v<T, JSONValue>) {
-                simdjson::ondemand::json_type type;
-                if (child.type().get(type) != simdjson::SUCCESS || type != simdjson::ondemand::json_type::object) continue;
-            }
-            T value{};
-            if (read(child, value) == Read::ok) values.push_back(std::move(value));
-            if (m_broken) return Read::invalid;
-        }
-        out = std::move(values);
-        return Read::ok;
+        return readList(v, out, false);
     }
 
     template <class T>
@@ -232,6 +214,11 @@ public:
     // Every element must read, or the list fails.
     template <Record T>
     Read readStrict(Value& v, std::vector<T>& out) {
+        return readList(v, out, true);
+    }
+
+    template <class T>
+    Read readList(Value& v, std::vector<T>& out, bool strict) {
         simdjson::ondemand::array array;
         if (v.get_array().get(array) != simdjson::SUCCESS) return Read::absent;
         std::vector<T> values;
@@ -241,9 +228,16 @@ public:
                 markBroken();
                 return Read::invalid;
             }
+            if constexpr (std::is_same_v<T, JSONValue>) {
+                simdjson::ondemand::json_type type;
+                if (child.type().get(type) != simdjson::SUCCESS || type != simdjson::ondemand::json_type::object) continue;
+            }
             T value{};
-            if (!decode(child, value)) return Read::invalid;
-            values.push_back(std::move(value));
+            if (read(child, value) == Read::ok)
+                values.push_back(std::move(value));
+            else if (strict)
+                return Read::invalid;
+            if (m_broken) return Read::invalid;
         }
         out = std::move(values);
         return Read::ok;

@@ -15,28 +15,7 @@ namespace {
 constexpr std::size_t kMaxNameBytes = 200;
 constexpr std::size_t kMaxKeptExtension = 16;
 
-FileError fileError(int error, const std::filesystem::path& path) {
-    FileError result;
-    result.systemError = error;
-    result.path = path;
-    switch (error) {
-    case ENOENT:
-        result.code = FileError::Code::notFound;
-        break;
-    case EACCES:
-    case EPERM:
-        result.code = FileError::Code::permissionDenied;
-        break;
-    case ENOSPC:
-    case EDQUOT:
-        result.code = FileError::Code::noSpace;
-        break;
-    default:
-        result.code = FileError::Code::other;
-        break;
-    }
-    return result;
-}
+FileError fileError(int error, const std::filesystem::path& path) { return FileError::fromSystemError(error, path); }
 
 Failure<VaultError> storageFailure(int error, const std::filesystem::path& path) {
     return fail(VaultError::storage(fileError(error, path)));

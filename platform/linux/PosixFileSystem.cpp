@@ -13,29 +13,7 @@ namespace corvale {
 
 namespace {
 
-FileError errorFor(int error, const std::filesystem::path& path) {
-    FileError result;
-    result.systemError = error;
-    result.path = path;
-    switch (error) {
-    case ENOENT:
-        result.code = FileError::Code::notFound;
-        break;
-    case EACCES:
-    case EPERM:
-    case EROFS:
-        result.code = FileError::Code::permissionDenied;
-        break;
-    case ENOSPC:
-    case EDQUOT:
-        result.code = FileError::Code::noSpace;
-        break;
-    default:
-        result.code = FileError::Code::other;
-        break;
-    }
-    return result;
-}
+FileError errorFor(int error, const std::filesystem::path& path) { return FileError::fromSystemError(error, path); }
 
 class Descriptor {
 public:

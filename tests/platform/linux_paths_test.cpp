@@ -17,60 +17,44 @@ namespace {
 class Environment {
 public:
     ~Environment() {
-        for (const auto& [name, value] : m_saved) {
-            if (value) {
-                ::setenv(name.c_str(), value->c_str(), 1);
-            } else {
-                ::unsetenv(name.c_str());
-            }
-        }
+        for (const auto& [name, value] : m_saved) assign(name.c_str(), value ? value->c_str() : nullptr);
     }
-    void set(const std::string& name, const char* value) {
-        if (!m_saved.contains(name)) {
-            const char* old = std::getenv(name.c_str());
-            m_saved[name] = old ? std::optional<std::string>(old) : std::nullopt;
-        }
-        if (value) {
-            ::setenv(name.c_str(), value, 1);
-        } else {
-            ::unsetenv(name.c_str());
-        }
+    void set(const char* name, const char* value) {
+        const char* old = std::getenv(name);
+        m_saved.try_emplace(name, old ? std::optional<std::string>(old) : std::nullopt);
+        assign(name, value);
     }
 
 private:
+    static void assign(const char* name, const char* value) { value ? ::setenv(name, value, 1) : ::unsetenv(name); }
     std::map<std::string, std::optional<std::string>> m_saved;
 };
 
-TEST(LinuxPaths, ApplicationSupportFollowsXdgThenHome) {
+TEST(LinuxPaths, AbsoluteXdgFoldersWinOtherwiseFallBack) {
     Environment env;
     env.set("HOME", "/home/clinician");
-    env.set("XDG_DATA_HOME", "/srv/data");
-    EXPECT_EQ(paths::applicationSupportDirectory(), "/srv/data");
-
-    env.set("XDG_DATA_HOME", "relative/data");
-    EXPECT_EQ(paths::applicationSupportDirectory(), "/home/clinician/.local/share");
-    env.set("XDG_DATA_HOME", "");
-    EXPECT_EQ(paths::applicationSupportDirectory(), "/home/clinician/.local/share");
-    env.set("XDG_DATA_HOME", nullptr);
-    EXPECT_EQ(paths::applicationSupportDirectory(), "/home/clinician/.local/share");
-
+    const char* const share = "/home/clinician/.local/share";
+    const std::pair<const char*, const char*> data[] = {
+        {"/srv/data", "/srv/data"}, {"relative/data", share}, {"", share}, {nullptr, share}};
+    for (const auto& [value, expected] : data) {
+        env.set("XDG_DATA_HOME", value);
+        EXPECT_EQ(paths::applicationSupportDirectory(), expected) << (value ? value : "unset");
+    }
     const passwd* user = ::getpwuid(::getuid());
     ASSERT_NE(user, nullptr);
     env.set("HOME", nullptr);
     EXPECT_EQ(paths::applicationSupportDirectory(), std::filesystem::path(user->pw_dir) / ".local" / "share");
-}
 
-TEST(LinuxPaths, TemporaryPrefersRuntimeThenTmpdirThenTmp) {
-    Environment env;
-    env.set("XDG_RUNTIME_DIR", "/run/user/1000");
-    env.set("TMPDIR", "/var/tmp");
-    EXPECT_EQ(paths::temporaryDirectory(), "/run/user/1000");
-    env.set("XDG_RUNTIME_DIR", "run/relative");
-    EXPECT_EQ(paths::temporaryDirectory(), "/var/tmp");
-    env.set("XDG_RUNTIME_DIR", nullptr);
-    EXPECT_EQ(paths::temporaryDirectory(), "/var/tmp");
-    env.set("TMPDIR", nullptr);
-    EXPECT_EQ(paths::temporaryDirectory(), "/tmp");
+    const std::tuple<const char*, const char*, const char*> temporary[] = {
+        {"/run/user/1000", "/var/tmp", "/run/user/1000"},
+        {"run/relative", "/var/tmp", "/var/tmp"},
+        {nullptr, "/var/tmp", "/var/tmp"},
+        {nullptr, nullptr, "/tmp"}};
+    for (const auto& [runtime, tmpdir, expected] : temporary) {
+        env.set("XDG_RUNTIME_DIR", runtime);
+        env.set("TMPDIR", tmpdir);
+        EXPECT_EQ(paths::temporaryDirectory(), expected) << (runtime ? runtime : "unset");
+    }
 }
 
 }  // namespace
