@@ -6,6 +6,8 @@
 #include "platform/Result.h"
 
 #include <filesystem>
+#include <memory>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -21,6 +23,11 @@ struct FileError {
     static FileError fromSystemError(int error, std::filesystem::path path);
 
     std::string message() const;
+};
+
+class FileLock {
+public:
+    virtual ~FileLock() = default;
 };
 
 class FileSystem {
@@ -41,8 +48,15 @@ public:
     // Removing what does not exist succeeds.
     virtual Result<void, FileError> removeFile(const std::filesystem::path& path) = 0;
     virtual Result<void, FileError> removeAll(const std::filesystem::path& path) = 0;
+    // Moves a file or folder within one disk; fails if `to` exists.
+    virtual Result<void, FileError> rename(const std::filesystem::path& from, const std::filesystem::path& to) = 0;
     // Names (not paths) of the entries of a folder; empty when it does not exist.
     virtual std::vector<std::string> list(const std::filesystem::path& directory) = 0;
+
+    // Holds `path` (created when missing) locked for this process until the
+    // returned handle is released; absent when another process holds it.
+    virtual Result<std::optional<std::unique_ptr<FileLock>>, FileError> lockExclusively(
+        const std::filesystem::path& path) = 0;
 };
 
 }  // namespace corvale

@@ -8,6 +8,9 @@ namespace corvale::paths {
 // $XDG_DATA_HOME, or ~/.local/share.
 std::filesystem::path applicationSupportDirectory();
 
+// $XDG_CONFIG_HOME, or ~/.config.
+std::filesystem::path configurationDirectory();
+
 // A folder for short-lived plain copies: $XDG_RUNTIME_DIR (memory-backed on
 // most systems), else $TMPDIR or /tmp.
 std::filesystem::path temporaryDirectory();

@@ -34,6 +34,16 @@ std::string VaultError::message() const {
         return "Encryption isn't working on this device right now, so restart Corvale and try again.";
     case Code::storage:
         return file.message();
+    case Code::inUse:
+        return "This vault is open in another Corvale window or command, so close it there and try again.";
+    case Code::locked:
+        return "The vault is locked, so unlock it first.";
+    case Code::vaultExists:
+        return "A vault is already on this device, so erase it first to start over.";
+    case Code::noVault:
+        return "There's no vault on this device yet, so create, join or restore one first.";
+    case Code::noSuchRecord:
+        return "That record isn't in this vault, so check its id.";
     }
     return "This file isn't a Corvale vault.";
 }

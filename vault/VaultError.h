@@ -19,6 +19,11 @@ struct VaultError {
         damaged,          // sealed data that fails authentication under a well-formed key
         sealFailed,       // the crypto library refused to run
         storage,          // the file system failed; see `file`
+        inUse,            // another process holds this vault
+        locked,           // records asked for while the vault is not open
+        vaultExists,      // creating or restoring over a vault that is there
+        noVault,          // opening where there is nothing to open
+        noSuchRecord,     // an id this vault does not hold
     };
 
     Code code = Code::badFormat;
@@ -35,6 +40,11 @@ struct VaultError {
     static VaultError damaged() { return withCode(Code::damaged); }
     static VaultError sealFailed() { return withCode(Code::sealFailed); }
     static VaultError storage(FileError error);
+    static VaultError inUse() { return withCode(Code::inUse); }
+    static VaultError locked() { return withCode(Code::locked); }
+    static VaultError vaultExists() { return withCode(Code::vaultExists); }
+    static VaultError noVault() { return withCode(Code::noVault); }
+    static VaultError noSuchRecord() { return withCode(Code::noSuchRecord); }
 
 private:
     static VaultError withCode(Code code) {

@@ -44,6 +44,13 @@ std::filesystem::path applicationSupportDirectory() {
     return homeDirectory() / ".local" / "share";
 }
 
+std::filesystem::path configurationDirectory() {
+    if (auto config = absoluteFromEnvironment("XDG_CONFIG_HOME"); !config.empty()) {
+        return config;
+    }
+    return homeDirectory() / ".config";
+}
+
 std::filesystem::path temporaryDirectory() {
     if (auto runtime = absoluteFromEnvironment("XDG_RUNTIME_DIR"); !runtime.empty()) {
         return runtime;

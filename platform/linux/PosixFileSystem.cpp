@@ -2,6 +2,7 @@
 
 #include <dirent.h>
 #include <fcntl.h>
+#include <sys/file.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -204,6 +205,43 @@ std::vector<std::string> PosixFileSystem::list(const std::filesystem::path& dire
     ::closedir(stream);
     std::sort(names.begin(), names.end());
     return names;
+}
+
+namespace {
+
+// flock belongs to the open file description, so closing the descriptor
+// (or the process dying) releases it: a crash never leaves a vault locked.
+class PosixLock final : public FileLock {
+public:
+    explicit PosixLock(int fd) : m_fd(fd) {}
+    ~PosixLock() override { ::close(m_fd); }
+
+private:
+    int m_fd;
+};
+
+}  // namespace
+
+Result<std::optional<std::unique_ptr<FileLock>>, FileError> PosixFileSystem::lockExclusively(
+    const std::filesystem::path& path) {
+    const int fd = ::open(path.c_str(), O_RDWR | O_CREAT | O_CLOEXEC | O_NOFOLLOW, 0600);
+    if (fd < 0) return fail(errorFor(errno, path));
+    if (::flock(fd, LOCK_EX | LOCK_NB) != 0) {
+        const int error = errno;
+        ::close(fd);
+        if (error == EWOULDBLOCK) return std::optional<std::unique_ptr<FileLock>>();
+        return fail(errorFor(error, path));
+    }
+    return std::optional<std::unique_ptr<FileLock>>(std::make_unique<PosixLock>(fd));
+}
+
+Result<void, FileError> PosixFileSystem::rename(const std::filesystem::path& from, const std::filesystem::path& to) {
+    // renameat2 with RENAME_NOREPLACE would be atomic; a lone desktop user racing
+    // themselves here is not worth losing portability for.
+    struct stat existing {};
+    if (::lstat(to.c_str(), &existing) == 0) return fail(errorFor(EEXIST, to));
+    if (::rename(from.c_str(), to.c_str()) != 0) return fail(errorFor(errno, from));
+    return {};
 }
 
 }  // namespace corvale

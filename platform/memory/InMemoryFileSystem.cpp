@@ -146,4 +146,67 @@ std::size_t InMemoryFileSystem::writeCount(const std::filesystem::path& path) co
     return found == m_writes.end() ? 0 : found->second;
 }
 
+namespace {
+
+class InMemoryLock final : public FileLock {
+public:
+    InMemoryLock(std::shared_ptr<std::set<std::filesystem::path>> held, std::filesystem::path path)
+        : m_held(std::move(held)), m_path(std::move(path)) {}
+    ~InMemoryLock() override { m_held->erase(m_path); }
+
+private:
+    std::shared_ptr<std::set<std::filesystem::path>> m_held;
+    std::filesystem::path m_path;
+};
+
+}  // namespace
+
+Result<std::optional<std::unique_ptr<FileLock>>, FileError> InMemoryFileSystem::lockExclusively(
+    const std::filesystem::path& path) {
+    const auto key = normalized(path);
+    if (!m_directories.contains(key.parent_path().empty() ? "." : key.parent_path()))
+        return fail(FileError::fromSystemError(ENOENT, path));
+    if (!m_heldLocks->insert(key).second) return std::optional<std::unique_ptr<FileLock>>();
+    return std::optional<std::unique_ptr<FileLock>>(std::make_unique<InMemoryLock>(m_heldLocks, key));
+}
+
+Result<void, FileError> InMemoryFileSystem::rename(const std::filesystem::path& from,
+                                                   const std::filesystem::path& to) {
+    const auto source = normalized(from);
+    const auto target = normalized(to);
+    if (m_files.contains(target) || m_directories.contains(target)) return fail(FileError::fromSystemError(EEXIST, to));
+    const auto parent = target.parent_path().empty() ? std::filesystem::path(".") : target.parent_path();
+    if (!m_directories.contains(parent)) return fail(FileError::fromSystemError(ENOENT, to));
+    if (auto file = m_files.find(source); file != m_files.end()) {
+        m_files.emplace(target, std::move(file->second));
+        m_files.erase(file);
+        return {};
+    }
+    if (!m_directories.contains(source)) return fail(FileError::fromSystemError(ENOENT, from));
+    const auto moved = [&](const std::filesystem::path& path) {
+        return target / path.lexically_relative(source);
+    };
+    std::map<std::filesystem::path, Bytes> files;
+    for (auto it = m_files.begin(); it != m_files.end();) {
+        if (isWithin(it->first, source)) {
+            files.emplace(moved(it->first), std::move(it->second));
+            it = m_files.erase(it);
+        } else {
+            ++it;
+        }
+    }
+    m_files.merge(files);
+    std::set<std::filesystem::path> folders;
+    for (auto it = m_directories.begin(); it != m_directories.end();) {
+        if (isWithin(*it, source)) {
+            folders.insert(normalized(moved(*it)));
+            it = m_directories.erase(it);
+        } else {
+            ++it;
+        }
+    }
+    m_directories.merge(folders);
+    return {};
+}
+
 }  // namespace corvale

@@ -7,6 +7,7 @@
 
 #include <cstddef>
 #include <map>
+#include <memory>
 #include <optional>
 #include <set>
 
@@ -24,6 +25,11 @@ public:
     Result<void, FileError> removeAll(const std::filesystem::path& path) override;
     // Sorted by name.
     std::vector<std::string> list(const std::filesystem::path& directory) override;
+    Result<void, FileError> rename(const std::filesystem::path& from, const std::filesystem::path& to) override;
+    Result<std::optional<std::unique_ptr<FileLock>>, FileError> lockExclusively(
+        const std::filesystem::path& path) override;
+    // How many locks are held now, across every path.
+    std::size_t heldLocks() const { return m_heldLocks->size(); }
 
     // Simulates a disk that fills up: from now on, a replace that would bring
     // the bytes written since this call above `bytes` fails with noSpace and
@@ -42,6 +48,8 @@ private:
     std::size_t m_totalWrites = 0;
     std::optional<std::size_t> m_writeBudget;
     std::size_t m_bytesSinceBudget = 0;
+    // Shared with the handles so a handle may outlive nothing it points at.
+    std::shared_ptr<std::set<std::filesystem::path>> m_heldLocks = std::make_shared<std::set<std::filesystem::path>>();
 };
 
 }  // namespace corvale

@@ -1,0 +1,235 @@
+#include "platform/linux/PosixFileSystem.h"
+#include "platform/memory/InMemoryFileSystem.h"
+#include "platform/memory/InMemorySecretStore.h"
+#include "vault/AppIdentity.h"
+#include "vault/VaultStore.h"
+
+#include <gtest/gtest.h>
+
+#include <cstdlib>
+
+namespace corvale {
+namespace {
+
+using namespace std::chrono_literals;
+namespace fs = std::filesystem;
+
+class ScriptedAuthenticator final : public DeviceAuthenticator {
+public:
+    AuthenticationResult answer = AuthenticationResult::passed;
+    std::vector<std::string> reasons;
+    AuthenticationResult authenticate(const std::string& reason) override {
+        reasons.push_back(reason);
+        return answer;
+    }
+};
+
+// One device: its disk, its secret store, its clock and its event loop.
+struct Device {
+    InMemoryFileSystem files;
+    InMemorySecretStore secrets;
+    FixedClock clock{std::chrono::system_clock::time_point{} + 1'780'000'000s};
+    ManualScheduler scheduler;
+    ScriptedAuthenticator authenticator;
+    fs::path home;
+
+    explicit Device(fs::path folder = "/home/ana") : home(std::move(folder)) {
+        (void)files.createDirectories(home / "tmp");
+    }
+    VaultStoreSetup setup() {
+        return {files, secrets, clock, scheduler, authenticator, home / "share", home / "config/Corvale/prefs.json",
+                home / "tmp"};
+    }
+    fs::path vaultFile() { return home / "share/Corvale/Vault/vault.pbv"; }
+};
+
+Onboarding nurse(std::vector<std::string> states) {
+    Onboarding onboarding;
+    onboarding.owner.name = "Ana Ruiz";
+    onboarding.owner.degree = "NP";
+    onboarding.states = std::move(states);
+    Credential bls;
+    bls.kind = "bls";
+    bls.expiresOn = Day{2028, 3, 1};
+    onboarding.credentials.push_back(bls);
+    return onboarding;
+}
+
+std::size_t liveCredentials(const VaultDocument& document) {
+    return static_cast<std::size_t>(std::count_if(document.credentials.begin(), document.credentials.end(),
+                                                  [](const Credential& c) { return !c.deleted; }));
+}
+
+TEST(VaultStore, StartsInTheRightPhaseAndCreatesAFirstVault) {
+    Device device;
+    {
+        VaultStore store(device.setup());
+        ASSERT_TRUE(store.start());
+        EXPECT_EQ(store.phase(), VaultPhase::welcome);
+        EXPECT_EQ(store.change([](VaultDocument&) {}).error().code, VaultError::Code::noVault);
+
+        const auto vaultId = store.create(nurse({"TX", "NM"}));
+        ASSERT_TRUE(vaultId);
+        EXPECT_EQ(store.phase(), VaultPhase::ready);
+        const VaultDocument& doc = store.doc();
+        ASSERT_EQ(doc.people.size(), 1u);
+        EXPECT_TRUE(doc.people[0].isSelf);
+        EXPECT_EQ(doc.settings.primaryState, "TX");
+        EXPECT_EQ(doc.settings.profession, "np");
+        // The BLS card plus one licence to fill in per chosen state, all owned by the owner.
+        EXPECT_EQ(liveCredentials(doc), 3u);
+        for (const auto& credential : doc.credentials) EXPECT_EQ(credential.personId, doc.people[0].id);
+        EXPECT_EQ(device.files.writeCount(device.vaultFile()), 1u);
+        EXPECT_EQ(store.create(nurse({})).error().code, VaultError::Code::vaultExists);
+    }
+    // App lock off: the next start opens at once, with no prompt.
+    VaultStore again(device.setup());
+    ASSERT_TRUE(again.start());
+    EXPECT_EQ(again.phase(), VaultPhase::ready);
+    EXPECT_EQ(again.doc().people.at(0).name, "Ana Ruiz");
+    EXPECT_TRUE(device.authenticator.reasons.empty());
+}
+
+TEST(VaultStore, ABurstOfEditsIsOneWriteAndLockingFlushesIt) {
+    Device device;
+    VaultStore store(device.setup());
+    ASSERT_TRUE(store.create(nurse({})));
+    const auto writes = device.files.writeCount(device.vaultFile());
+    for (int i = 0; i < 20; ++i) {
+        ASSERT_TRUE(store.change([&](VaultDocument& doc) { doc.people[0].notes = "edit " + std::to_string(i); }));
+        device.scheduler.advance(390ms);  // each edit restarts the wait
+    }
+    EXPECT_EQ(device.files.writeCount(device.vaultFile()), writes);
+    device.scheduler.advance(10ms);
+    EXPECT_EQ(device.files.writeCount(device.vaultFile()), writes + 1);
+    EXPECT_FALSE(store.hasPendingSave());
+
+    // With app lock on, locking writes the edit made just before and forgets every record.
+    ASSERT_TRUE(store.setAppLock(true));
+    ASSERT_TRUE(store.change([](VaultDocument& doc) { doc.people[0].notes = "last words"; }));
+    ASSERT_TRUE(store.lock());
+    EXPECT_EQ(store.phase(), VaultPhase::locked);
+    EXPECT_TRUE(store.doc().people.empty());
+
+    device.authenticator.answer = AuthenticationResult::failed;
+    EXPECT_FALSE(store.unlock());
+    EXPECT_EQ(store.phase(), VaultPhase::locked);
+    // A device that cannot ask at all must never shut its owner out.
+    device.authenticator.answer = AuthenticationResult::unavailable;
+    ASSERT_TRUE(store.unlock());
+    EXPECT_EQ(store.doc().people.at(0).notes, "last words");
+    EXPECT_EQ(device.authenticator.reasons.back(), "Unlock Corvale");
+}
+
+TEST(VaultStore, AVaultWithoutItsKeyWaitsUntouchedAndOnlyOneProcessHoldsIt) {
+    Device device;
+    {
+        VaultStore store(device.setup());
+        ASSERT_TRUE(store.create(nurse({})));
+    }
+    const Bytes sealed = device.files.readFile(device.vaultFile()).value();
+    ASSERT_TRUE(device.secrets.remove(std::string(kAppIdentifier) + ".vault", "vault-key"));
+    VaultStore store(device.setup());
+    ASSERT_TRUE(store.start());
+    EXPECT_EQ(store.phase(), VaultPhase::welcome);
+    EXPECT_EQ(store.create(nurse({})).error().code, VaultError::Code::vaultExists);
+    EXPECT_EQ(device.files.readFile(device.vaultFile()).value(), sealed);
+
+    VaultStore second(device.setup());
+    const auto refused = second.start();
+    ASSERT_FALSE(refused);
+    EXPECT_EQ(refused.error().message(),
+              "This vault is open in another Corvale window or command, so close it there and try again.");
+}
+
+TEST(VaultStore, TheRealDiskLockHoldsAcrossStoresAndEndsWithThem) {
+    char pattern[] = "/tmp/corvale-store-XXXXXX";
+    const fs::path home = mkdtemp(pattern);
+    PosixFileSystem disk;
+    InMemorySecretStore secrets;
+    SystemClock clock;
+    ManualScheduler scheduler;
+    UnavailableAuthenticator authenticator;
+    const VaultStoreSetup setup{disk, secrets, clock, scheduler, authenticator, home, home / "prefs.json", home};
+    {
+        VaultStore first(setup);
+        ASSERT_TRUE(first.start());
+        VaultStore second(setup);
+        EXPECT_EQ(second.start().error().code, VaultError::Code::inUse);
+    }
+    VaultStore later(setup);
+    EXPECT_TRUE(later.start());
+    fs::remove_all(home);
+}
+
+TEST(VaultStore, AnotherDeviceJoinsWithTheKeyFileAndOnlyTheRightPassphrase) {
+    Device first;
+    VaultStore store(first.setup());
+    const auto vaultId = store.create(nurse({"TX"}));
+    ASSERT_TRUE(vaultId);
+    const std::string scan = "%PDF-1.4 licence";
+    const auto added = store.addDocument(asBytes(scan), DocumentRecord{});
+    ASSERT_TRUE(added);
+    ASSERT_TRUE(store.flush());
+    const fs::path carried = "/carry";
+    ASSERT_TRUE(first.files.createDirectories(carried / "blobs"));
+    ASSERT_TRUE(store.exportKeyFile(carried / "vault.key", "correct horse"));
+    const fs::path vaultFolder = first.home / "share/Corvale/Vault";
+    ASSERT_TRUE(first.files.replaceFileAtomically(carried / "vault.pbv",
+                                                  first.files.readFile(vaultFolder / "vault.pbv").value()));
+    const std::string blob = added->blobHash + ".pbb";
+    ASSERT_TRUE(first.files.replaceFileAtomically(carried / "blobs" / blob,
+                                                  first.files.readFile(vaultFolder / "blobs" / blob).value()));
+
+    // The second device shares the disk here only to read the carried folder.
+    Device second("/home/ana-laptop");
+    VaultStoreSetup onFirstDisk{first.files,          second.secrets,          second.clock,
+                                second.scheduler,     second.authenticator,    second.home / "share",
+                                second.home / "prefs.json", first.home / "tmp"};
+    VaultStore joiner(onFirstDisk);
+    const auto wrong = joiner.join(carried, "battery staple");
+    ASSERT_FALSE(wrong);
+    EXPECT_EQ(wrong.error().message(), "That passphrase doesn't unlock this vault.");
+    EXPECT_EQ(second.secrets.itemCount(), 0u);
+    EXPECT_FALSE(first.files.exists(second.home / "share/Corvale/Vault/vault.pbv"));
+
+    ASSERT_TRUE(joiner.join(carried, "correct horse"));
+    EXPECT_EQ(joiner.phase(), VaultPhase::ready);
+    EXPECT_EQ(joiner.doc().vaultId, *vaultId);
+    const auto copy = joiner.temporaryFile(added->id);
+    ASSERT_TRUE(copy);
+
+    ASSERT_TRUE(joiner.erase());
+    EXPECT_EQ(joiner.phase(), VaultPhase::welcome);
+    EXPECT_EQ(second.secrets.itemCount(), 0u);
+    EXPECT_FALSE(first.files.exists(second.home / "share/Corvale/Vault/vault.pbv"));
+}
+
+TEST(VaultStore, AnOlderInstallationMovesAcrossOnce) {
+    Device device;
+    {
+        VaultStore store(device.setup());
+        ASSERT_TRUE(store.create(nurse({})));
+        ASSERT_TRUE(store.setAppLock(false));
+    }
+    // Make the vault look like an older installation's.
+    const std::string service = std::string(kAppIdentifier) + ".vault";
+    const auto key = device.secrets.load(service, "vault-key").value();
+    ASSERT_TRUE(device.secrets.save(std::string(kOlderAppIdentifier) + ".vault", "vault-key", (*key).view()));
+    ASSERT_TRUE(device.secrets.remove(service, "vault-key"));
+    ASSERT_TRUE(device.files.rename(device.home / "share/Corvale", device.home / "share/Pembrose"));
+    ASSERT_TRUE(device.files.createDirectories(device.home / "config/Pembrose"));
+    ASSERT_TRUE(device.files.replaceFileAtomically(device.home / "config/Pembrose/prefs.json",
+                                                   asBytes(R"({"seenTips":["t1"]})")));
+    ASSERT_TRUE(device.files.removeFile(device.home / "config/Corvale/prefs.json"));
+
+    VaultStore store(device.setup());
+    ASSERT_TRUE(store.start());
+    EXPECT_EQ(store.phase(), VaultPhase::ready);
+    EXPECT_TRUE(store.prefs().flag(Prefs::kMigrated));
+    ASSERT_TRUE(store.prefs().value("seenTips"));
+    EXPECT_FALSE(device.files.exists(device.home / "share/Pembrose"));
+}
+
+}  // namespace
+}  // namespace corvale

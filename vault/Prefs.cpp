@@ -1,0 +1,66 @@
+#include "vault/Prefs.h"
+
+#include "platform/Paths.h"
+#include "records/JSONReader.h"
+#include "records/JSONWriter.h"
+
+namespace corvale {
+
+Prefs::Prefs(FileSystem& files, std::filesystem::path file) : m_files(files), m_file(std::move(file)) {}
+
+std::filesystem::path Prefs::defaultFile() { return paths::configurationDirectory() / "Corvale" / "prefs.json"; }
+
+void Prefs::load() {
+    m_values.clear();
+    const auto bytes = m_files.readFile(m_file);
+    if (!bytes) return;
+    auto parsed = parseJSON(asText(*bytes));
+    if (parsed && parsed->isObject()) m_values = std::move(parsed->asObject());
+}
+
+bool Prefs::flag(std::string_view key) const {
+    const JSONValue* found = value(key);
+    return found && found->isBool() && found->asBool();
+}
+
+std::optional<Timestamp> Prefs::timestamp(std::string_view key) const {
+    const JSONValue* found = value(key);
+    if (!found || !found->isString()) return std::nullopt;
+    return Timestamp::parse(found->asString());
+}
+
+const JSONValue* Prefs::value(std::string_view key) const {
+    const auto it = m_values.find(key);
+    return it == m_values.end() ? nullptr : &it->second;
+}
+
+Result<void, VaultError> Prefs::setFlag(std::string_view key, bool value) { return set(key, value); }
+
+Result<void, VaultError> Prefs::setTimestamp(std::string_view key, const Timestamp& value) {
+    return set(key, value.toString());
+}
+
+Result<void, VaultError> Prefs::set(std::string_view key, JSONValue value) {
+    m_values.insert_or_assign(std::string(key), std::move(value));
+    return save();
+}
+
+Result<void, VaultError> Prefs::adoptMissing(const std::filesystem::path& olderFile) {
+    const auto bytes = m_files.readFile(olderFile);
+    if (!bytes) return {};
+    const auto parsed = parseJSON(asText(*bytes));
+    if (!parsed || !parsed->isObject()) return {};
+    bool changed = false;
+    for (const auto& [key, value] : parsed->asObject()) changed |= m_values.emplace(key, value).second;
+    return changed ? save() : Result<void, VaultError>();
+}
+
+Result<void, VaultError> Prefs::save() {
+    if (auto made = m_files.createDirectories(m_file.parent_path()); !made) return fail(VaultError::storage(made.error()));
+    const std::string json = writeJSON(JSONValue(m_values));
+    if (auto written = m_files.replaceFileAtomically(m_file, asBytes(json)); !written)
+        return fail(VaultError::storage(written.error()));
+    return {};
+}
+
+}  // namespace corvale

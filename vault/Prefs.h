@@ -1,0 +1,50 @@
+#pragma once
+// The user's preferences: a small JSON object in
+// <configuration>/Corvale/prefs.json, written atomically on every change.
+// Unknown keys are kept. Owned by the VaultStore's thread.
+
+#include "platform/FileSystem.h"
+#include "records/JSONValue.h"
+#include "records/Timestamp.h"
+#include "vault/VaultError.h"
+
+#include <filesystem>
+#include <optional>
+#include <string>
+#include <string_view>
+
+namespace corvale {
+
+class Prefs {
+public:
+    static constexpr std::string_view kAppLock = "appLock";
+    static constexpr std::string_view kLastBackup = "lastBackup";
+    static constexpr std::string_view kMigrated = "migratedFromQuillmarsh";
+
+    Prefs(FileSystem& files, std::filesystem::path file);
+    static std::filesystem::path defaultFile();  // <configuration>/Corvale/prefs.json
+
+    // A missing or unreadable file reads as no preferences: nothing here is worth refusing to start over.
+    void load();
+
+    bool flag(std::string_view key) const;
+    std::optional<Timestamp> timestamp(std::string_view key) const;
+    const JSONValue* value(std::string_view key) const;
+
+    Result<void, VaultError> setFlag(std::string_view key, bool value);
+    Result<void, VaultError> setTimestamp(std::string_view key, const Timestamp& value);
+    Result<void, VaultError> set(std::string_view key, JSONValue value);
+    // Copies every key this file lacks from another one (an older installation's).
+    Result<void, VaultError> adoptMissing(const std::filesystem::path& olderFile);
+
+    const std::filesystem::path& file() const { return m_file; }
+
+private:
+    Result<void, VaultError> save();
+
+    FileSystem& m_files;
+    std::filesystem::path m_file;
+    JSONObject m_values;
+};
+
+}  // namespace corvale

@@ -1,0 +1,312 @@
+#include "vault/VaultStore.h"
+
+#include "platform/Paths.h"
+#include "vault/AppIdentity.h"
+#include "vault/KeyFile.h"
+
+#include <algorithm>
+
+namespace corvale {
+
+namespace {
+
+constexpr std::string_view kLockFileName = ".lock";
+
+Failure<VaultError> storageFailure(const FileError& error) { return fail(VaultError::storage(error)); }
+
+bool hasLicenceFor(const std::vector<Credential>& credentials, const std::string& state) {
+    return std::any_of(credentials.begin(), credentials.end(), [&](const Credential& credential) {
+        return credential.kindValue() == CredentialKind::stateLicense && credential.state == state;
+    });
+}
+
+}  // namespace
+
+std::string_view rawValue(VaultPhase phase) {
+    switch (phase) {
+    case VaultPhase::loading:
+        return "loading";
+    case VaultPhase::welcome:
+        return "welcome";
+    case VaultPhase::locked:
+        return "locked";
+    case VaultPhase::ready:
+        return "ready";
+    }
+    return "loading";
+}
+
+VaultStoreSetup VaultStoreSetup::standard(FileSystem& files, SecretStore& secrets, const Clock& clock,
+                                          Scheduler& scheduler, DeviceAuthenticator& authenticator) {
+    return {files,        secrets, clock, scheduler, authenticator, paths::applicationSupportDirectory(),
+            Prefs::defaultFile(), paths::temporaryDirectory()};
+}
+
+VaultStore::VaultStore(VaultStoreSetup setup)
+    : m_setup(std::move(setup)), m_keychain(m_setup.secrets), m_prefs(m_setup.files, m_setup.prefsFile) {}
+
+VaultStore::~VaultStore() { (void)flush(); }
+
+std::filesystem::path VaultStore::vaultDirectory() const {
+    return m_setup.supportDirectory / kFolderName / "Vault";
+}
+
+VaultFiles VaultStore::files(SecureBytes key) const {
+    return VaultFiles(m_setup.files, std::move(key), vaultDirectory(), m_setup.temporaryDirectory);
+}
+
+Result<void, VaultError> VaultStore::holdVault() {
+    if (m_lock) return {};
+    if (auto made = m_setup.files.createDirectories(vaultDirectory()); !made) return storageFailure(made.error());
+    auto lock = m_setup.files.lockExclusively(vaultDirectory() / kLockFileName);
+    if (!lock) return storageFailure(lock.error());
+    if (!*lock) return fail(VaultError::inUse());
+    m_lock = std::move(**lock);
+    return {};
+}
+
+Result<void, VaultError> VaultStore::start() {
+    if (m_phase != VaultPhase::loading) return {};
+    runMigration();
+    m_prefs.load();
+    if (auto held = holdVault(); !held) return held;
+    auto key = m_keychain.loadVaultKey();
+    if (!key) return fail(key.error());
+    // A vault file without its key stays untouched: the user brings the key back by joining or restoring.
+    if (!files({}).hasDocument() || !*key) {
+        m_phase = VaultPhase::welcome;
+        return {};
+    }
+    if (m_prefs.flag(Prefs::kAppLock)) {
+        m_phase = VaultPhase::locked;
+        return {};
+    }
+    return openWith(std::move(**key));
+}
+
+void VaultStore::runMigration() {
+    if (m_prefs.load(), m_prefs.flag(Prefs::kMigrated)) return;
+    const auto olderFolder = m_setup.supportDirectory / kOlderFolderName;
+    const auto folder = m_setup.supportDirectory / kFolderName;
+    // Best effort throughout: whatever cannot move stays where it was, and the app starts as new.
+    if (m_setup.files.exists(olderFolder) && !m_setup.files.exists(folder))
+        (void)m_setup.files.rename(olderFolder, folder);
+    const std::string olderService = std::string(kOlderAppIdentifier) + ".vault";
+    const std::string account(VaultKeychain::kAccount);
+    if (auto current = m_setup.secrets.load(VaultKeychain::service(), account); current && !*current) {
+        if (auto legacy = m_setup.secrets.load(olderService, account); legacy && *legacy)
+            (void)m_setup.secrets.save(VaultKeychain::service(), account, (*legacy)->view());
+    }
+    (void)m_prefs.adoptMissing(m_setup.prefsFile.parent_path().parent_path() / kOlderFolderName /
+                               m_setup.prefsFile.filename());
+    (void)m_prefs.setFlag(Prefs::kMigrated, true);
+}
+
+Result<void, VaultError> VaultStore::openWith(SecureBytes key) {
+    auto document = files(key.clone()).loadDocument();
+    if (!document) return fail(document.error());
+    m_doc = std::move(document).value();
+    m_key = std::move(key);
+    m_phase = VaultPhase::ready;
+    return {};
+}
+
+Result<void, VaultError> VaultStore::unlockWithoutAuth() {
+    if (m_phase == VaultPhase::ready) return {};
+    if (!files({}).hasDocument()) return fail(VaultError::noVault());
+    auto key = m_keychain.requireVaultKey();
+    if (!key) return fail(key.error());
+    return openWith(std::move(key).value());
+}
+
+Result<void, VaultError> VaultStore::unlock() {
+    if (m_phase == VaultPhase::ready) return {};
+    if (m_phase != VaultPhase::locked) return fail(VaultError::noVault());
+    if (m_setup.authenticator.authenticate("Unlock Corvale") == AuthenticationResult::failed)
+        return fail(VaultError::locked());
+    return unlockWithoutAuth();
+}
+
+Result<void, VaultError> VaultStore::lock() {
+    if (m_phase != VaultPhase::ready || !m_prefs.flag(Prefs::kAppLock)) return {};
+    if (auto saved = flush(); !saved) return saved;
+    m_doc = VaultDocument{};
+    m_key = SecureBytes{};
+    m_phase = VaultPhase::locked;
+    return {};
+}
+
+Result<void, VaultError> VaultStore::setAppLock(bool enabled) {
+    if (m_prefs.flag(Prefs::kAppLock) == enabled) return {};
+    const std::string reason = enabled ? "Turn on app lock" : "Turn off app lock";
+    if (m_setup.authenticator.authenticate(reason) == AuthenticationResult::failed) return fail(VaultError::locked());
+    return m_prefs.setFlag(Prefs::kAppLock, enabled);
+}
+
+Result<void, VaultError> VaultStore::requireReady() const {
+    switch (m_phase) {
+    case VaultPhase::ready:
+        return {};
+    case VaultPhase::locked:
+        return fail(VaultError::locked());
+    case VaultPhase::loading:
+    case VaultPhase::welcome:
+        break;
+    }
+    return fail(VaultError::noVault());
+}
+
+Result<std::string, VaultError> VaultStore::create(Onboarding onboarding) {
+    if (auto started = start(); !started) return fail(started.error());
+    if (m_phase != VaultPhase::welcome || files({}).hasDocument()) return fail(VaultError::vaultExists());
+
+    const Timestamp now = Timestamp::now(m_setup.clock);
+    VaultDocument document = VaultDocument::makeEmpty();
+    Person owner = std::move(onboarding.owner);
+    if (owner.id.empty()) owner.id = newUUID();
+    owner.isSelf = true;
+    owner.updatedAt = now;
+    if (!onboarding.states.empty()) document.settings.primaryState = onboarding.states.front();
+    if (!onboarding.managerOnly) {
+        if (const auto degree = owner.degreeValue()) {
+            if (const auto code = professionCode(*degree)) document.settings.profession = std::string(*code);
+        }
+        // One licence to fill in for each chosen state the first credentials do not already cover.
+        for (const auto& state : onboarding.states) {
+            if (hasLicenceFor(onboarding.credentials, state)) continue;
+            Credential licence;
+            licence.kind = std::string(rawValue(CredentialKind::stateLicense));
+            licence.state = state;
+            onboarding.credentials.push_back(std::move(licence));
+        }
+    }
+    for (auto& credential : onboarding.credentials) {
+        if (credential.id.empty()) credential.id = newUUID();
+        credential.personId = owner.id;
+        credential.updatedAt = now;
+        document.credentials.push_back(std::move(credential));
+    }
+    document.settings.updatedAt = now;
+    document.people.push_back(std::move(owner));
+
+    SecureBytes key = makeVaultKey();
+    if (auto saved = m_keychain.saveVaultKey(key); !saved) return fail(saved.error());
+    if (auto written = files(key.clone()).saveDocument(document); !written) {
+        (void)m_keychain.deleteVaultKey();  // no key without its vault
+        return fail(written.error());
+    }
+    m_doc = std::move(document);
+    m_key = std::move(key);
+    m_phase = VaultPhase::ready;
+    return m_doc.vaultId;
+}
+
+Result<void, VaultError> VaultStore::change(const std::function<void(VaultDocument&)>& edit) {
+    if (auto ready = requireReady(); !ready) return ready;
+    edit(m_doc);
+    scheduleSave();
+    return {};
+}
+
+void VaultStore::scheduleSave() {
+    if (m_pendingSave) m_setup.scheduler.cancel(*m_pendingSave);
+    m_pendingSave = m_setup.scheduler.schedule(kSaveDelay, [this] {
+        m_pendingSave.reset();
+        // A failed background save keeps the edit in memory; the next edit or flush tries again.
+        if (!files(m_key.clone()).saveDocument(m_doc)) scheduleSave();
+    });
+}
+
+Result<void, VaultError> VaultStore::flush() {
+    if (!m_pendingSave) return {};
+    m_setup.scheduler.cancel(*m_pendingSave);
+    m_pendingSave.reset();
+    auto saved = files(m_key.clone()).saveDocument(m_doc);
+    if (!saved) scheduleSave();
+    return saved;
+}
+
+Result<DocumentRecord, VaultError> VaultStore::addDocument(ByteView bytes, DocumentRecord record) {
+    if (auto ready = requireReady(); !ready) return fail(ready.error());
+    auto hash = files(m_key.clone()).storeBlob(bytes);
+    if (!hash) return fail(hash.error());
+    const Timestamp now = Timestamp::now(m_setup.clock);
+    if (record.id.empty()) record.id = newUUID();
+    record.blobHash = std::move(hash).value();
+    record.size = static_cast<std::int64_t>(bytes.size());
+    record.addedAt = now;
+    record.updatedAt = now;
+    m_doc.documents.push_back(record);
+    scheduleSave();
+    return record;
+}
+
+Result<std::filesystem::path, VaultError> VaultStore::temporaryFile(std::string_view documentId) {
+    if (auto ready = requireReady(); !ready) return fail(ready.error());
+    const auto found = std::find_if(m_doc.documents.begin(), m_doc.documents.end(), [&](const DocumentRecord& record) {
+        return record.id == documentId && !record.deleted;
+    });
+    if (found == m_doc.documents.end()) return fail(VaultError::noSuchRecord());
+    return files(m_key.clone()).temporaryFile(*found);
+}
+
+Result<void, VaultError> VaultStore::clearTemporaryFiles() { return files({}).clearTemporaryFiles(); }
+
+Result<void, VaultError> VaultStore::exportKeyFile(const std::filesystem::path& path, std::string_view passphrase) {
+    if (auto ready = requireReady(); !ready) return ready;
+    auto keyFile = KeyFile::make(m_key, passphrase, m_doc.vaultId, m_setup.clock);
+    if (!keyFile) return fail(keyFile.error());
+    const std::string json = keyFile->toJSON();
+    if (auto written = m_setup.files.replaceFileAtomically(path, asBytes(json)); !written)
+        return storageFailure(written.error());
+    return {};
+}
+
+Result<void, VaultError> VaultStore::join(const std::filesystem::path& folder, std::string_view passphrase) {
+    if (auto started = start(); !started) return started;
+    if (m_phase == VaultPhase::ready || m_phase == VaultPhase::locked) return fail(VaultError::vaultExists());
+
+    auto keyText = m_setup.files.readFile(folder / kKeyFileName);
+    if (!keyText) return storageFailure(keyText.error());
+    auto keyFile = KeyFile::parse(asText(*keyText));
+    if (!keyFile) return fail(keyFile.error());
+    auto key = keyFile->open(passphrase);
+    if (!key) return fail(key.error());
+    // Prove the vault opens with this key before anything on this device changes.
+    auto sealed = m_setup.files.readFile(folder / VaultFiles::kDocumentFileName);
+    if (!sealed) return storageFailure(sealed.error());
+    if (auto opened = VaultFiles(m_setup.files, key->clone(), folder, m_setup.temporaryDirectory).loadDocument();
+        !opened)
+        return fail(opened.error());
+
+    const auto blobs = vaultDirectory() / VaultFiles::kBlobsFolderName;
+    if (auto made = m_setup.files.createDirectories(blobs); !made) return storageFailure(made.error());
+    for (const auto& name : m_setup.files.list(folder / VaultFiles::kBlobsFolderName)) {
+        const auto stem = std::filesystem::path(name).stem().string();
+        if (!VaultFiles::isBlobHash(stem) || std::filesystem::path(name).extension() != VaultFiles::kBlobExtension)
+            continue;
+        auto blob = m_setup.files.readFile(folder / VaultFiles::kBlobsFolderName / name);
+        if (!blob) return storageFailure(blob.error());
+        if (auto written = m_setup.files.replaceFileAtomically(blobs / name, *blob); !written)
+            return storageFailure(written.error());
+    }
+    if (auto saved = m_keychain.saveVaultKey(*key); !saved) return saved;
+    // The document goes last: until it is there, this device still has no vault.
+    if (auto written = m_setup.files.replaceFileAtomically(vaultDirectory() / VaultFiles::kDocumentFileName, *sealed);
+        !written)
+        return storageFailure(written.error());
+    return openWith(std::move(key).value());
+}
+
+Result<void, VaultError> VaultStore::erase() {
+    if (auto held = holdVault(); !held) return held;
+    if (m_pendingSave) m_setup.scheduler.cancel(*m_pendingSave);
+    m_pendingSave.reset();
+    auto erased = files({}).erase(m_keychain);
+    m_doc = VaultDocument{};
+    m_key = SecureBytes{};
+    m_phase = VaultPhase::welcome;
+    return erased;
+}
+
+}  // namespace corvale

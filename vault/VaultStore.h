@@ -1,0 +1,135 @@
+#pragma once
+// The single owner of the open vault: the decrypted document, the phase it is
+// in, the debounced save, and the vault's life cycle (create, unlock, lock,
+// join, back up, restore, erase). Everything that changes records goes
+// through `change`. Not thread-safe: it belongs to one thread, which also
+// drives its Scheduler.
+
+#include "platform/Clock.h"
+#include "platform/DeviceAuthenticator.h"
+#include "platform/FileSystem.h"
+#include "platform/Scheduler.h"
+#include "platform/SecretStore.h"
+#include "records/VaultDocument.h"
+#include "vault/Prefs.h"
+#include "vault/VaultError.h"
+#include "vault/VaultFiles.h"
+#include "vault/VaultKeychain.h"
+
+#include <chrono>
+#include <filesystem>
+#include <functional>
+#include <memory>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace corvale {
+
+enum class VaultPhase { loading, welcome, locked, ready };
+
+std::string_view rawValue(VaultPhase phase);
+
+struct VaultStoreSetup {
+    FileSystem& files;
+    SecretStore& secrets;
+    const Clock& clock;
+    Scheduler& scheduler;
+    DeviceAuthenticator& authenticator;
+    // Holds Corvale/Vault (and an older installation's Pembrose folder).
+    std::filesystem::path supportDirectory;
+    std::filesystem::path prefsFile;
+    // Where plain copies and exported backups are made.
+    std::filesystem::path temporaryDirectory;
+
+    // The real locations of this user.
+    static VaultStoreSetup standard(FileSystem& files, SecretStore& secrets, const Clock& clock, Scheduler& scheduler,
+                                    DeviceAuthenticator& authenticator);
+};
+
+// What onboarding gathers before the first save.
+struct Onboarding {
+    Person owner;
+    std::vector<std::string> states;  // the owner's licence states, primary first
+    std::vector<Credential> credentials;
+    bool managerOnly = false;  // the owner manages others and holds no licences
+};
+
+class VaultStore {
+public:
+    static constexpr std::chrono::milliseconds kSaveDelay{400};
+    static constexpr std::string_view kKeyFileName = "vault.key";
+
+    explicit VaultStore(VaultStoreSetup setup);
+    // Quitting writes what is pending.
+    ~VaultStore();
+    VaultStore(const VaultStore&) = delete;
+    VaultStore& operator=(const VaultStore&) = delete;
+
+    VaultPhase phase() const { return m_phase; }
+    // Empty whenever the phase is not ready.
+    const VaultDocument& doc() const { return m_doc; }
+    Prefs& prefs() { return m_prefs; }
+    std::filesystem::path vaultDirectory() const;
+    bool hasPendingSave() const { return m_pendingSave.has_value(); }
+
+    // loading → welcome (no vault or no key), locked (app lock on) or ready.
+    // inUse when another process holds this vault.
+    Result<void, VaultError> start();
+    // From welcome: a fresh key in the secret store and a new document, saved at once.
+    Result<std::string, VaultError> create(Onboarding onboarding);
+    Result<void, VaultError> unlockWithoutAuth();
+    // From locked: asks the device owner ("Unlock Corvale"); a refusal leaves the vault locked.
+    Result<void, VaultError> unlock();
+    // Only with app lock on: flushes the pending save, then forgets the document.
+    Result<void, VaultError> lock();
+    Result<void, VaultError> setAppLock(bool enabled);
+
+    // Applies an edit to the open document and schedules the debounced save:
+    // a burst of edits gives one write. `locked` unless the vault is ready.
+    Result<void, VaultError> change(const std::function<void(VaultDocument&)>& edit);
+    // Writes the pending save now, if any.
+    Result<void, VaultError> flush();
+
+    // Stores the bytes as a sealed blob and adds the record (hash, size, time filled in).
+    Result<DocumentRecord, VaultError> addDocument(ByteView bytes, DocumentRecord record);
+    Result<std::filesystem::path, VaultError> temporaryFile(std::string_view documentId);
+    Result<void, VaultError> clearTemporaryFiles();
+
+    // Writes the vault key, wrapped under the passphrase, as a key file.
+    Result<void, VaultError> exportKeyFile(const std::filesystem::path& path, std::string_view passphrase);
+    // From welcome: `folder` holds vault.pbv, vault.key and perhaps blobs/.
+    // A wrong passphrase changes nothing.
+    Result<void, VaultError> join(const std::filesystem::path& folder, std::string_view passphrase);
+
+    // A passphrase-protected archive of the key file, the sealed document and the
+    // sealed blobs of every live document, written atomically. By default
+    // "Corvale Backup <today>.pbbackup" in the temporary directory's backup folder.
+    Result<std::filesystem::path, VaultError> exportBackup(std::string_view passphrase,
+                                                           std::optional<std::filesystem::path> destination = {});
+    // From welcome (or after erase): a wrong passphrase stops before anything is written.
+    Result<void, VaultError> restoreBackup(const std::filesystem::path& archive, std::string_view passphrase);
+
+    // Back to the first-run state: vault file, blobs, plain copies and key gone.
+    Result<void, VaultError> erase();
+
+private:
+    Result<void, VaultError> requireReady() const;
+    Result<void, VaultError> holdVault();
+    Result<void, VaultError> openWith(SecureBytes key);
+    void scheduleSave();
+    void runMigration();
+    VaultFiles files(SecureBytes key) const;
+
+    VaultStoreSetup m_setup;
+    VaultKeychain m_keychain;
+    Prefs m_prefs;
+    VaultPhase m_phase = VaultPhase::loading;
+    VaultDocument m_doc;
+    SecureBytes m_key;
+    std::unique_ptr<FileLock> m_lock;
+    std::optional<Scheduler::TaskId> m_pendingSave;
+};
+
+}  // namespace corvale
