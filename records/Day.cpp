@@ -74,11 +74,13 @@ std::optional<Day> Day::parse(std::string_view text) {
     return Day{parts[0], parts[1], parts[2]};
 }
 
-Day Day::today() {
-    const std::time_t now = std::time(nullptr);
-    std::tm local{};
-    localtime_r(&now, &local);
-    return {local.tm_year + 1900, local.tm_mon + 1, local.tm_mday};
+Day Day::today() { return local(system_clock::now()); }
+
+Day Day::local(system_clock::time_point time) {
+    const std::time_t seconds = system_clock::to_time_t(time);
+    std::tm parts{};
+    localtime_r(&seconds, &parts);
+    return {parts.tm_year + 1900, parts.tm_mon + 1, parts.tm_mday};
 }
 
 Day Day::endOfMonth(int year, int month) {

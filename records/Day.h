@@ -1,6 +1,7 @@
 #pragma once
 // A calendar date without time or zone, the way licences and cards print them.
 
+#include <chrono>
 #include <compare>
 #include <optional>
 #include <string>
@@ -21,6 +22,7 @@ struct Day {
     // "2026-7-4" parses and "2026/07/04" does not.
     static std::optional<Day> parse(std::string_view text);
     static Day today();  // in the local time zone
+    static Day local(std::chrono::system_clock::time_point time);  // that instant's date here
     static Day endOfMonth(int year, int month);
 
     std::string toString() const;  // "%04d-%02d-%02d"

@@ -44,6 +44,8 @@ std::string VaultError::message() const {
         return "There's no vault on this device yet, so create, join or restore one first.";
     case Code::noSuchRecord:
         return "That record isn't in this vault, so check its id.";
+    case Code::archive:
+        return detail;
     }
     return "This file isn't a Corvale vault.";
 }

@@ -24,11 +24,13 @@ struct VaultError {
         vaultExists,      // creating or restoring over a vault that is there
         noVault,          // opening where there is nothing to open
         noSuchRecord,     // an id this vault does not hold
+        archive,          // a backup archive could not be written or read; see `detail`
     };
 
     Code code = Code::badFormat;
     std::int32_t status = 0;  // keychain only
     FileError file;           // storage only
+    std::string detail;       // archive only: the archive's own sentence
 
     std::string message() const;
 
@@ -45,6 +47,11 @@ struct VaultError {
     static VaultError vaultExists() { return withCode(Code::vaultExists); }
     static VaultError noVault() { return withCode(Code::noVault); }
     static VaultError noSuchRecord() { return withCode(Code::noSuchRecord); }
+    static VaultError archive(std::string detail) {
+        VaultError error = withCode(Code::archive);
+        error.detail = std::move(detail);
+        return error;
+    }
 
 private:
     static VaultError withCode(Code code) {

@@ -87,6 +87,19 @@ Result<VaultDocument, VaultError> VaultFiles::loadDocument() {
     return std::move(document).value();
 }
 
+Result<void, VaultError> VaultFiles::removeStaleTemporaries() {
+    for (const auto& folder : {m_directory, blobsDirectory()}) {
+        for (const auto& name : m_fileSystem.list(folder)) {
+            // Temporaries are ".<target name>.<random>"; the lock file is the one hidden name that stays.
+            if (name.size() < 2 || name[0] != '.' || name == ".lock") continue;
+            if (auto removed = m_fileSystem.removeFile(folder / name); !removed) {
+                return fail(VaultError::storage(removed.error()));
+            }
+        }
+    }
+    return {};
+}
+
 Result<std::string, VaultError> VaultFiles::storeBlob(ByteView plain) {
     std::string hash = crypto::hexLower(crypto::sha256(plain));
     const auto path = blobsDirectory() / (hash + std::string(kBlobExtension));

@@ -49,6 +49,9 @@ public:
 
     // The blob's hash. Content already stored is not written again.
     Result<std::string, VaultError> storeBlob(ByteView plain);
+    // Removes what writers killed mid-save left behind (hidden temporaries
+    // beside vault.pbv and the blobs). Only for the process holding the vault.
+    Result<void, VaultError> removeStaleTemporaries();
     // badFormat for hash text that is not a blob hash; damaged when the bytes
     // inside do not match the name.
     Result<Bytes, VaultError> readBlob(std::string_view hash);

@@ -70,6 +70,7 @@ Result<void, VaultError> VaultStore::start() {
     runMigration();
     m_prefs.load();
     if (auto held = holdVault(); !held) return held;
+    (void)files({}).removeStaleTemporaries();  // best effort: leftovers only cost space
     auto key = m_keychain.loadVaultKey();
     if (!key) return fail(key.error());
     // A vault file without its key stays untouched: the user brings the key back by joining or restoring.

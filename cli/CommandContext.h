@@ -1,0 +1,105 @@
+#pragma once
+// Shared by the command groups; not part of the library's interface.
+
+#include "cli/Commands.h"
+#include "records/Day.h"
+#include "records/Timestamp.h"
+
+#include <filesystem>
+#include <iostream>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace corvale::cli {
+
+inline constexpr int kSucceeded = 0;
+inline constexpr int kFailed = 1;
+inline constexpr int kUsageError = 2;
+
+struct Session {
+    VaultStoreSetup setup;
+    std::istream& in;
+    std::ostream& out;
+    std::ostream& err;
+    PassphrasePrompt prompt;
+
+    int failed(std::string_view message) {
+        err << message << '\n';
+        return kFailed;
+    }
+    int failed(const VaultError& error) { return failed(error.message()); }
+    int usage(std::string_view message) {
+        err << message << '\n';
+        return kUsageError;
+    }
+    Timestamp now() const { return Timestamp::now(setup.clock); }
+};
+
+// The lists a TYPE argument can name.
+enum class RecordList { people, credentials, cme, documents, packets, healthRecords };
+std::optional<RecordList> recordListFromName(std::string_view name);
+std::vector<std::string_view> recordListNames();
+
+// Starts the store and gets it to ready, unlocking where app lock is on.
+Result<void, VaultError> openRecords(VaultStore& store);
+
+// The owner of a new record: the given live person, else the user, else the only person.
+Result<std::string, std::string> choosePerson(const VaultDocument& document, const std::optional<std::string>& given);
+
+// From standard input or the terminal. `confirm` asks twice on a terminal,
+// where a typo in a new passphrase would lock the user out of the copy.
+Result<std::string, std::string> readPassphrase(Session& session, bool fromStdin, bool confirm);
+
+struct InitOptions {
+    std::string name;
+    std::string degree;
+    std::vector<std::string> states;
+    bool managerOnly = false;
+};
+
+struct PersonOptions {
+    std::string name;
+    std::string degree;
+};
+
+struct CredentialOptions {
+    std::string kind;
+    std::optional<std::string> state, number, title, person;
+    std::optional<Day> issued, expires;
+};
+
+struct CMEOptions {
+    std::string title;
+    double hours = 0;
+    Day completed;
+    std::string category;
+    std::vector<std::string> topics;
+    std::optional<std::string> person;
+};
+
+struct DocumentOptions {
+    std::filesystem::path file;
+    std::optional<std::string> person, kind;
+};
+
+int runInit(Session& session, const InitOptions& options);
+int runStatus(Session& session, bool json);
+int runAddPerson(Session& session, const PersonOptions& options);
+int runAddCredential(Session& session, const CredentialOptions& options);
+int runAddCME(Session& session, const CMEOptions& options);
+int runList(Session& session, RecordList list, bool json);
+int runShow(Session& session, RecordList list, const std::string& id, bool json);
+int runDelete(Session& session, RecordList list, const std::string& id);
+
+int runDocumentAdd(Session& session, const DocumentOptions& options);
+int runDocumentOpen(Session& session, const std::string& id);
+int runClearTemporary(Session& session);
+int runBackupExport(Session& session, const std::optional<std::filesystem::path>& destination, bool passphraseStdin);
+int runBackupRestore(Session& session, const std::filesystem::path& archive, bool passphraseStdin);
+int runKeyFileExport(Session& session, const std::filesystem::path& path, bool passphraseStdin);
+int runJoin(Session& session, const std::filesystem::path& folder, bool passphraseStdin);
+int runErase(Session& session);
+
+}  // namespace corvale::cli

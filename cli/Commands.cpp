@@ -1,0 +1,370 @@
+#include "cli/Commands.h"
+
+#include "cli/CommandContext.h"
+#include "records/CredentialKind.h"
+#include "records/Degree.h"
+#include "records/DocumentKind.h"
+#include "records/RecordEnums.h"
+
+#include <CLI/CLI.hpp>
+
+#include <algorithm>
+#include <cctype>
+#include <charconv>
+#include <cmath>
+#include <functional>
+#include <utility>
+
+namespace corvale {
+namespace cli {
+namespace {
+
+constexpr std::pair<std::string_view, RecordList> kListNames[] = {
+    {"people", RecordList::people},
+    {"person", RecordList::people},
+    {"credentials", RecordList::credentials},
+    {"credential", RecordList::credentials},
+    {"cme", RecordList::cme},
+    {"documents", RecordList::documents},
+    {"document", RecordList::documents},
+    {"packets", RecordList::packets},
+    {"packet", RecordList::packets},
+    {"healthRecords", RecordList::healthRecords},
+};
+
+template <class Values, class Raw>
+std::string joined(const Values& values, Raw raw) {
+    std::string text;
+    for (const auto& value : values) {
+        text += text.empty() ? "" : ", ";
+        text += raw(value);
+    }
+    return text;
+}
+
+// A validator that accepts only the raw values of one enumeration and names them all when it refuses.
+template <class Values, class FromRaw>
+CLI::Validator oneOf(std::string_view what, const Values& values, FromRaw fromRaw) {
+    const std::string allowed = joined(values, [](auto value) { return std::string(rawValue(value)); });
+    return CLI::Validator(
+        [what = std::string(what), allowed, fromRaw](std::string& text) -> std::string {
+            return fromRaw(text) ? "" : "'" + text + "' isn't a " + what + "; use one of " + allowed + ".";
+        },
+        allowed, std::string(what));
+}
+
+CLI::Validator dayValidator() {
+    return CLI::Validator(
+        [](std::string& text) -> std::string {
+            return Day::parse(text) ? "" : "'" + text + "' isn't a day; write it as YYYY-MM-DD.";
+        },
+        "YYYY-MM-DD");
+}
+
+// Upper-cases in place, so "ca" is stored as the board writes it.
+CLI::Validator stateValidator() {
+    return CLI::Validator(
+        [](std::string& text) -> std::string {
+            const bool letters = text.size() == 2 && std::all_of(text.begin(), text.end(),
+                                                                 [](unsigned char c) { return std::isalpha(c) != 0; });
+            if (!letters) {
+                return "'" + text + "' isn't a state; use its two-letter code, like CA.";
+            }
+            std::transform(text.begin(), text.end(), text.begin(),
+                           [](unsigned char c) { return static_cast<char>(std::toupper(c)); });
+            return "";
+        },
+        "XX");
+}
+
+std::optional<double> parseHours(const std::string& text) {
+    double hours = 0;
+    const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), hours);
+    if (error != std::errc() || end != text.data() + text.size() || !std::isfinite(hours) || hours < 0) {
+        return std::nullopt;
+    }
+    return hours;
+}
+
+CLI::Validator hoursValidator() {
+    return CLI::Validator(
+        [](std::string& text) -> std::string {
+            return parseHours(text) ? "" : "'" + text + "' isn't a number of hours; use zero or more, like 1.5.";
+        },
+        "HOURS");
+}
+
+CLI::Validator listValidator() {
+    return CLI::Validator(
+        [](std::string& text) -> std::string {
+            if (recordListFromName(text)) {
+                return "";
+            }
+            std::string names;
+            for (auto name : recordListNames()) {
+                names += names.empty() ? "" : ", ";
+                names += name;
+            }
+            return "'" + text + "' isn't a record type; use one of " + names + ".";
+        },
+        "TYPE");
+}
+
+std::optional<std::string> given(const CLI::Option* option, const std::string& value) {
+    return option->count() > 0 ? std::optional(value) : std::nullopt;
+}
+
+std::optional<Day> givenDay(const CLI::Option* option, const std::string& value) {
+    return option->count() > 0 ? Day::parse(value) : std::nullopt;
+}
+
+}  // namespace
+
+std::optional<RecordList> recordListFromName(std::string_view name) {
+    for (const auto& [text, list] : kListNames) {
+        if (text == name) {
+            return list;
+        }
+    }
+    return std::nullopt;
+}
+
+std::vector<std::string_view> recordListNames() {
+    return {"people", "credentials", "cme", "documents", "packets", "healthRecords"};
+}
+
+Result<void, VaultError> openRecords(VaultStore& store) {
+    if (auto started = store.start(); !started) {
+        return started;
+    }
+    switch (store.phase()) {
+    case VaultPhase::ready:
+        return {};
+    case VaultPhase::locked:
+        // Headless, the authenticator is unavailable and lets the owner through;
+        // a real refusal leaves the vault locked and says so.
+        return store.unlock();
+    case VaultPhase::loading:
+    case VaultPhase::welcome:
+        break;
+    }
+    return fail(VaultError::noVault());
+}
+
+Result<std::string, std::string> readPassphrase(Session& session, bool fromStdin, bool confirm) {
+    std::string passphrase;
+    if (fromStdin) {
+        if (!std::getline(session.in, passphrase)) {
+            return fail(std::string("Standard input held no passphrase."));
+        }
+        if (!passphrase.empty() && passphrase.back() == '\r') {
+            passphrase.pop_back();
+        }
+    } else {
+        auto typed = session.prompt ? session.prompt("Passphrase: ") : std::nullopt;
+        if (!typed) {
+            return fail(std::string("A passphrase is needed, so pass it on standard input with --passphrase-stdin."));
+        }
+        passphrase = std::move(*typed);
+        if (confirm && !passphrase.empty()) {
+            auto again = session.prompt("Repeat the passphrase: ");
+            if (!again || *again != passphrase) {
+                return fail(std::string("The passphrases don't match, so nothing was written."));
+            }
+        }
+    }
+    if (passphrase.empty()) {
+        return fail(std::string("The passphrase is empty, so give one with at least one character."));
+    }
+    return passphrase;
+}
+
+}  // namespace cli
+
+int runCommandLine(std::vector<std::string> args, std::istream& in, std::ostream& out, std::ostream& err,
+                   VaultStoreSetup setup) {
+    return runCommandLine(std::move(args), in, out, err, setup, promptOnTerminal);
+}
+
+int runCommandLine(std::vector<std::string> args, std::istream& in, std::ostream& out, std::ostream& err,
+                   VaultStoreSetup setup, PassphrasePrompt prompt) {
+    using namespace cli;
+    Session session{setup, in, out, err, std::move(prompt)};
+
+    CLI::App app("Corvale: licences, CME and documents in an encrypted vault on this machine.", "corvale");
+    app.require_subcommand(1);
+    // The action of whichever command was parsed; set by the command's callback.
+    std::function<int()> action;
+
+    const auto degrees =
+        oneOf("degree", allDegrees(), [](const std::string& t) { return degreeFromRaw(t).has_value(); });
+    const auto credentialKinds = oneOf("credential kind", allCredentialKinds(),
+                                       [](const std::string& t) { return credentialKindFromRaw(t).has_value(); });
+    const auto cmeCategories = oneOf("CME category", allCMECategories(),
+                                     [](const std::string& t) { return cmeCategoryFromRaw(t).has_value(); });
+    const auto documentKinds = oneOf("document kind", allDocumentKinds(),
+                                     [](const std::string& t) { return documentKindFromRaw(t).has_value(); });
+
+    bool json = false;
+    bool passphraseStdin = false;
+    auto addJSON = [&](CLI::App* command) { command->add_flag("--json", json, "Print JSON"); };
+    auto addPassphraseStdin = [&](CLI::App* command) {
+        command->add_flag("--passphrase-stdin", passphraseStdin,
+                          "Read the passphrase from the first line of standard input");
+    };
+
+    InitOptions init;
+    auto* initCommand = app.add_subcommand("init", "Create a new vault on this device");
+    initCommand->add_option("--name", init.name, "Your name")->required();
+    initCommand->add_option("--degree", init.degree, "Your degree")->required()->check(degrees);
+    initCommand->add_option("--state", init.states, "A licence state, primary first (repeatable)")
+        ->transform(stateValidator());
+    initCommand->add_flag("--manager", init.managerOnly, "You manage others and hold no licences yourself");
+    initCommand->callback([&] { action = [&] { return runInit(session, init); }; });
+
+    auto* status = app.add_subcommand("status", "Show the vault's phase and how many records it holds");
+    addJSON(status);
+    status->callback([&] { action = [&] { return runStatus(session, json); }; });
+
+    auto* add = app.add_subcommand("add", "Add a record");
+    add->require_subcommand(1);
+
+    PersonOptions person;
+    auto* addPerson = add->add_subcommand("person", "Add a person");
+    addPerson->add_option("--name", person.name, "Name")->required();
+    addPerson->add_option("--degree", person.degree, "Degree")->required()->check(degrees);
+    addPerson->callback([&] { action = [&] { return runAddPerson(session, person); }; });
+
+    CredentialOptions credential;
+    std::string state, number, title, owner, issued, expires;
+    auto* addCredential = add->add_subcommand("credential", "Add a licence, registration or certification");
+    addCredential->add_option("--kind", credential.kind, "Credential kind")->required()->check(credentialKinds);
+    auto* stateOption = addCredential->add_option("--state", state, "Two-letter state")->transform(stateValidator());
+    auto* numberOption = addCredential->add_option("--number", number, "Number");
+    auto* issuedOption = addCredential->add_option("--issued", issued, "Issue day")->check(dayValidator());
+    auto* expiresOption = addCredential->add_option("--expires", expires, "Expiry day")->check(dayValidator());
+    auto* titleOption = addCredential->add_option("--title", title, "Title");
+    auto* personOption = addCredential->add_option("--person", owner, "Owner's id");
+    addCredential->callback([&] {
+        credential.state = given(stateOption, state);
+        credential.number = given(numberOption, number);
+        credential.issued = givenDay(issuedOption, issued);
+        credential.expires = givenDay(expiresOption, expires);
+        credential.title = given(titleOption, title);
+        credential.person = given(personOption, owner);
+        action = [&] { return runAddCredential(session, credential); };
+    });
+
+    CMEOptions cme;
+    std::string hours, completed, cmeOwner;
+    cme.category = "other";
+    auto* addCME = add->add_subcommand("cme", "Add a CME activity");
+    addCME->add_option("--title", cme.title, "Title")->required();
+    addCME->add_option("--hours", hours, "Hours or contact hours")->required()->check(hoursValidator());
+    addCME->add_option("--completed", completed, "Day completed")->required()->check(dayValidator());
+    addCME->add_option("--category", cme.category, "CME category")->check(cmeCategories);
+    addCME->add_option("--topic", cme.topics, "Topic key (repeatable)");
+    auto* cmePersonOption = addCME->add_option("--person", cmeOwner, "Owner's id");
+    addCME->callback([&] {
+        cme.hours = parseHours(hours).value_or(0);
+        cme.completed = Day::parse(completed).value_or(Day{});
+        cme.person = given(cmePersonOption, cmeOwner);
+        action = [&] { return runAddCME(session, cme); };
+    });
+
+    std::string listName, recordId;
+    auto* list = app.add_subcommand("list", "List the live records of one type");
+    list->add_option("TYPE", listName, "people, credentials, cme, documents, packets or healthRecords")
+        ->required()
+        ->check(listValidator());
+    addJSON(list);
+    list->callback([&] { action = [&] { return runList(session, *recordListFromName(listName), json); }; });
+
+    auto* show = app.add_subcommand("show", "Show one record");
+    show->add_option("TYPE", listName, "Record type")->required()->check(listValidator());
+    show->add_option("ID", recordId, "Record id")->required();
+    addJSON(show);
+    show->callback([&] { action = [&] { return runShow(session, *recordListFromName(listName), recordId, json); }; });
+
+    auto* remove = app.add_subcommand("delete", "Delete one record");
+    remove->add_option("TYPE", listName, "Record type")->required()->check(listValidator());
+    remove->add_option("ID", recordId, "Record id")->required();
+    remove->callback([&] { action = [&] { return runDelete(session, *recordListFromName(listName), recordId); }; });
+
+    auto* doc = app.add_subcommand("doc", "Store and open documents");
+    doc->require_subcommand(1);
+    DocumentOptions document;
+    std::string documentFile, documentOwner, documentKind;
+    auto* docAdd = doc->add_subcommand("add", "Store a file in the vault");
+    docAdd->add_option("FILE", documentFile, "The file")->required();
+    auto* docPersonOption = docAdd->add_option("--person", documentOwner, "Owner's id");
+    auto* docKindOption = docAdd->add_option("--kind", documentKind, "Document kind")->check(documentKinds);
+    docAdd->callback([&] {
+        document.file = documentFile;
+        document.person = given(docPersonOption, documentOwner);
+        document.kind = given(docKindOption, documentKind);
+        action = [&] { return runDocumentAdd(session, document); };
+    });
+    auto* docOpen = doc->add_subcommand("open", "Make a temporary plain copy and print its path");
+    docOpen->add_option("ID", recordId, "Document id")->required();
+    docOpen->callback([&] { action = [&] { return runDocumentOpen(session, recordId); }; });
+    auto* docClear = doc->add_subcommand("clear-temp", "Remove every temporary plain copy");
+    docClear->callback([&] { action = [&] { return runClearTemporary(session); }; });
+
+    auto* backup = app.add_subcommand("backup", "Export or restore a passphrase-protected backup");
+    backup->require_subcommand(1);
+    std::string backupOut, archive;
+    auto* backupExport = backup->add_subcommand("export", "Write a backup and print its path");
+    auto* backupOutOption = backupExport->add_option("--out", backupOut, "Where to write it");
+    addPassphraseStdin(backupExport);
+    backupExport->callback([&] {
+        action = [&, destination = given(backupOutOption, backupOut)] {
+            return runBackupExport(session,
+                                   destination ? std::optional<std::filesystem::path>(*destination) : std::nullopt,
+                                   passphraseStdin);
+        };
+    });
+    auto* backupRestore = backup->add_subcommand("restore", "Restore a backup onto this device");
+    backupRestore->add_option("PATH", archive, "The backup")->required();
+    addPassphraseStdin(backupRestore);
+    backupRestore->callback([&] { action = [&] { return runBackupRestore(session, archive, passphraseStdin); }; });
+
+    auto* keyfile = app.add_subcommand("keyfile", "Key files for joining the vault from another device");
+    keyfile->require_subcommand(1);
+    std::string keyFilePath;
+    auto* keyfileExport = keyfile->add_subcommand("export", "Write the vault key, sealed under a passphrase");
+    keyfileExport->add_option("PATH", keyFilePath, "Where to write it")->required();
+    addPassphraseStdin(keyfileExport);
+    keyfileExport->callback([&] { action = [&] { return runKeyFileExport(session, keyFilePath, passphraseStdin); }; });
+
+    std::string joinFolder;
+    auto* join = app.add_subcommand("join", "Join a vault from a folder holding vault.pbv and vault.key");
+    join->add_option("FOLDER", joinFolder, "The folder")->required();
+    addPassphraseStdin(join);
+    join->callback([&] { action = [&] { return runJoin(session, joinFolder, passphraseStdin); }; });
+
+    bool yes = false;
+    auto* erase = app.add_subcommand("erase", "Erase the vault, its documents and its key from this device");
+    erase->add_flag("--yes", yes, "Confirm");
+    erase->callback([&] {
+        action = [&] {
+            if (!yes) {
+                return session.usage(
+                    "erase removes the vault, its documents and its key from this device for good; "
+                    "pass --yes to go ahead.");
+            }
+            return runErase(session);
+        };
+    });
+
+    try {
+        std::reverse(args.begin(), args.end());  // CLI11 takes the arguments last first
+        app.parse(args);
+    } catch (const CLI::ParseError& error) {
+        const int code = app.exit(error, out, err);
+        return code == 0 ? kSucceeded : kUsageError;
+    }
+    return action ? action() : kUsageError;
+}
+
+}  // namespace corvale

@@ -1,0 +1,29 @@
+#pragma once
+// The `corvale` command line, as a library so tests run it in-process
+// against in-memory fakes.
+
+#include "vault/VaultStore.h"
+
+#include <functional>
+#include <iosfwd>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace corvale {
+
+// Asks for a passphrase without echoing it; absent when there is no terminal to ask on.
+using PassphrasePrompt = std::function<std::optional<std::string>(std::string_view prompt)>;
+
+// Prompts on /dev/tty with echo off, so a passphrase never lands in scrollback.
+std::optional<std::string> promptOnTerminal(std::string_view prompt);
+
+// `args` leaves out the program name. Returns 0 on success, 1 when the vault
+// refuses (its message on `err`), 2 for a usage error.
+int runCommandLine(std::vector<std::string> args, std::istream& in, std::ostream& out, std::ostream& err,
+                   VaultStoreSetup setup);
+int runCommandLine(std::vector<std::string> args, std::istream& in, std::ostream& out, std::ostream& err,
+                   VaultStoreSetup setup, PassphrasePrompt prompt);
+
+}  // namespace corvale

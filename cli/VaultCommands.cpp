@@ -1,0 +1,193 @@
+// init, documents, backups, key files, join and erase: the vault's life cycle.
+
+#include "cli/CommandContext.h"
+#include "records/VaultDocument.h"
+
+#include <algorithm>
+#include <cctype>
+#include <utility>
+
+namespace corvale::cli {
+namespace {
+
+std::string contentTypeFor(const std::filesystem::path& file) {
+    std::string extension = file.extension().string();
+    std::transform(extension.begin(), extension.end(), extension.begin(),
+                   [](unsigned char c) { return static_cast<char>(std::tolower(c)); });
+    constexpr std::pair<std::string_view, std::string_view> kTypes[] = {
+        {".pdf", "application/pdf"}, {".png", "image/png"},   {".jpg", "image/jpeg"},
+        {".jpeg", "image/jpeg"},     {".heic", "image/heic"}, {".txt", "text/plain"},
+    };
+    for (const auto& [ext, type] : kTypes) {
+        if (extension == ext) {
+            return std::string(type);
+        }
+    }
+    return "application/octet-stream";
+}
+
+int finish(Session& session, const Result<void, VaultError>& result) {
+    return result ? kSucceeded : session.failed(result.error());
+}
+
+}  // namespace
+
+int runInit(Session& session, const InitOptions& options) {
+    VaultStore store(session.setup);
+    if (auto started = store.start(); !started) {
+        return session.failed(started.error());
+    }
+    if (store.phase() != VaultPhase::welcome) {
+        return session.failed(VaultError::vaultExists());
+    }
+    Onboarding onboarding;
+    onboarding.owner.id = newUUID();
+    onboarding.owner.updatedAt = session.now();
+    onboarding.owner.name = options.name;
+    onboarding.owner.degree = options.degree;
+    onboarding.owner.isSelf = true;
+    onboarding.states = options.states;
+    onboarding.managerOnly = options.managerOnly;
+    auto created = store.create(std::move(onboarding));
+    if (!created) {
+        return session.failed(created.error());
+    }
+    if (auto flushed = store.flush(); !flushed) {
+        return session.failed(flushed.error());
+    }
+    session.out << store.doc().vaultId << '\n';
+    return kSucceeded;
+}
+
+int runDocumentAdd(Session& session, const DocumentOptions& options) {
+    VaultStore store(session.setup);
+    if (auto opened = openRecords(store); !opened) {
+        return session.failed(opened.error());
+    }
+    auto owner = choosePerson(store.doc(), options.person);
+    if (!owner) {
+        return session.failed(owner.error());
+    }
+    auto bytes = session.setup.files.readFile(options.file);
+    if (!bytes) {
+        return session.failed(bytes.error().message());
+    }
+    DocumentRecord record;
+    record.id = newUUID();
+    record.updatedAt = session.now();
+    record.personId = *owner;
+    record.filename = options.file.filename().string();
+    record.contentType = contentTypeFor(options.file);
+    record.kind = options.kind;
+    auto added = store.addDocument(*bytes, std::move(record));
+    if (!added) {
+        return session.failed(added.error());
+    }
+    if (auto flushed = store.flush(); !flushed) {
+        return session.failed(flushed.error());
+    }
+    session.out << added->id << '\n';
+    return kSucceeded;
+}
+
+int runDocumentOpen(Session& session, const std::string& id) {
+    VaultStore store(session.setup);
+    if (auto opened = openRecords(store); !opened) {
+        return session.failed(opened.error());
+    }
+    const auto& documents = store.doc().documents;
+    if (std::none_of(documents.begin(), documents.end(),
+                     [&](const DocumentRecord& d) { return !d.deleted && d.id == id; })) {
+        return session.failed("No document has the id " + id + ".");
+    }
+    auto path = store.temporaryFile(id);
+    if (!path) {
+        return session.failed(path.error());
+    }
+    session.out << path->string() << '\n';
+    return kSucceeded;
+}
+
+int runClearTemporary(Session& session) {
+    VaultStore store(session.setup);
+    if (auto started = store.start(); !started) {
+        return session.failed(started.error());
+    }
+    return finish(session, store.clearTemporaryFiles());
+}
+
+int runBackupExport(Session& session, const std::optional<std::filesystem::path>& destination, bool passphraseStdin) {
+    VaultStore store(session.setup);
+    if (auto opened = openRecords(store); !opened) {
+        return session.failed(opened.error());
+    }
+    auto passphrase = readPassphrase(session, passphraseStdin, true);
+    if (!passphrase) {
+        return session.failed(passphrase.error());
+    }
+    auto written = store.exportBackup(*passphrase, destination);
+    if (!written) {
+        return session.failed(written.error());
+    }
+    session.out << written->string() << '\n';
+    return kSucceeded;
+}
+
+int runBackupRestore(Session& session, const std::filesystem::path& archive, bool passphraseStdin) {
+    VaultStore store(session.setup);
+    if (auto started = store.start(); !started) {
+        return session.failed(started.error());
+    }
+    auto passphrase = readPassphrase(session, passphraseStdin, false);
+    if (!passphrase) {
+        return session.failed(passphrase.error());
+    }
+    if (auto restored = store.restoreBackup(archive, *passphrase); !restored) {
+        return session.failed(restored.error());
+    }
+    return finish(session, store.flush());
+}
+
+int runKeyFileExport(Session& session, const std::filesystem::path& path, bool passphraseStdin) {
+    VaultStore store(session.setup);
+    if (auto opened = openRecords(store); !opened) {
+        return session.failed(opened.error());
+    }
+    auto passphrase = readPassphrase(session, passphraseStdin, true);
+    if (!passphrase) {
+        return session.failed(passphrase.error());
+    }
+    return finish(session, store.exportKeyFile(path, *passphrase));
+}
+
+int runJoin(Session& session, const std::filesystem::path& folder, bool passphraseStdin) {
+    VaultStore store(session.setup);
+    if (auto started = store.start(); !started) {
+        return session.failed(started.error());
+    }
+    if (store.phase() != VaultPhase::welcome) {
+        return session.failed(VaultError::vaultExists());
+    }
+    auto passphrase = readPassphrase(session, passphraseStdin, false);
+    if (!passphrase) {
+        return session.failed(passphrase.error());
+    }
+    if (auto joined = store.join(folder, *passphrase); !joined) {
+        return session.failed(joined.error());
+    }
+    if (auto flushed = store.flush(); !flushed) {
+        return session.failed(flushed.error());
+    }
+    session.out << store.doc().vaultId << '\n';
+    return kSucceeded;
+}
+
+int runErase(Session& session) {
+    VaultStore store(session.setup);
+    if (auto started = store.start(); !started) {
+        return session.failed(started.error());
+    }
+    return finish(session, store.erase());
+}
+
+}  // namespace corvale::cli

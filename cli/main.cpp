@@ -1,0 +1,17 @@
+#include "cli/Commands.h"
+#include "platform/linux/LibsecretSecretStore.h"
+#include "platform/linux/PosixFileSystem.h"
+
+#include <iostream>
+
+int main(int argc, char** argv) {
+    corvale::PosixFileSystem files;
+    corvale::LibsecretSecretStore secrets;
+    corvale::SystemClock clock;
+    // Each command is one short run that flushes before it returns, so nothing waits on a timer.
+    corvale::ManualScheduler scheduler;
+    corvale::UnavailableAuthenticator authenticator;
+    auto setup = corvale::VaultStoreSetup::standard(files, secrets, clock, scheduler, authenticator);
+    return corvale::runCommandLine(std::vector<std::string>(argv + 1, argv + argc), std::cin, std::cout, std::cerr,
+                                   setup);
+}

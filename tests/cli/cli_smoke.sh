@@ -1,0 +1,38 @@
+#!/usr/bin/env bash
+# The real binary against the real file system and a private keyring; run
+# inside tests/platform/with_keyring.sh, which points HOME and XDG at scratch.
+#   cli_smoke.sh <path to corvale>
+set -euo pipefail
+corvale=$1
+
+check() {  # check <description> <expected> <actual>
+  if [ "$2" != "$3" ]; then
+    echo "FAIL: $1: expected [$2], got [$3]" >&2
+    exit 1
+  fi
+}
+
+check "fresh status" '{"phase":"welcome"}' "$("$corvale" status --json)"
+vault_id=$("$corvale" init --name "Ana Ruiz" --degree DO --state tx)
+"$corvale" add cme --title "Sepsis update" --hours 2 --completed 2026-03-01 >/dev/null
+
+set +e
+"$corvale" add credential --kind stateLicense >/dev/null 2>&1
+check "missing state" 2 $?
+set -e
+
+counts='"counts":{"cme":1,"credentials":1,"documents":0,"healthRecords":0,"packets":0,"people":1}'
+check "status" "{$counts,\"phase\":\"ready\",\"vaultId\":\"$vault_id\"}" "$("$corvale" status --json)"
+
+archive=$(printf 'smoke pass\n' | "$corvale" backup export --passphrase-stdin --out "$HOME/smoke.pbbackup")
+check "backup path" "$HOME/smoke.pbbackup" "$archive"
+"$corvale" erase --yes
+check "erased" '{"phase":"welcome"}' "$("$corvale" status --json)"
+
+set +e
+printf 'wrong pass\n' | "$corvale" backup restore "$archive" --passphrase-stdin 2>/dev/null
+check "wrong passphrase" 1 $?
+set -e
+printf 'smoke pass\n' | "$corvale" backup restore "$archive" --passphrase-stdin
+check "restored" "{$counts,\"phase\":\"ready\",\"vaultId\":\"$vault_id\"}" "$("$corvale" status --json)"
+echo "cli smoke passed"

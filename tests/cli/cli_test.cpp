@@ -1,0 +1,258 @@
+#include "cli/Commands.h"
+#include "platform/memory/InMemoryFileSystem.h"
+#include "platform/memory/InMemorySecretStore.h"
+#include "records/JSONReader.h"
+
+#include <gtest/gtest.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <chrono>
+#include <fstream>
+#include <iterator>
+#include <sstream>
+
+namespace corvale {
+namespace {
+
+namespace fs = std::filesystem;
+using namespace std::chrono_literals;
+
+struct Outcome {
+    int code = -1;
+    std::string out, err;
+
+    std::string line() const { return out.substr(0, out.find('\n')); }
+    JSONValue json() const {
+        auto parsed = parseJSON(out);
+        EXPECT_TRUE(parsed.ok()) << out;
+        return parsed ? *parsed : JSONValue();
+    }
+};
+
+// One device: its own keyring and support folder, on a file system that may be shared.
+struct Device {
+    InMemoryFileSystem& files;
+    InMemorySecretStore secrets;
+    FixedClock clock{std::chrono::system_clock::time_point(1'750'000'000s)};
+    ManualScheduler scheduler;
+    UnavailableAuthenticator authenticator;
+    fs::path root;
+    fs::path plainCopies;
+    PassphrasePrompt prompt;  // none: as when no terminal is there
+
+    Device(InMemoryFileSystem& fileSystem, fs::path where)
+        : files(fileSystem),
+          root(std::move(where)),
+          plainCopies(fs::temp_directory_path() /
+                      ("cli-test-" + std::to_string(::getpid()) + root.filename().string())) {}
+    ~Device() { fs::remove_all(plainCopies); }
+
+    VaultStoreSetup setup() {
+        return {files,      secrets, clock, scheduler, authenticator, root / "support", root / "config/prefs.json",
+                plainCopies};
+    }
+    Outcome run(std::vector<std::string> args, const std::string& input = "") {
+        std::istringstream in(input);
+        std::ostringstream out, err;
+        Outcome outcome;
+        outcome.code = runCommandLine(std::move(args), in, out, err, setup(), prompt);
+        outcome.out = out.str();
+        outcome.err = err.str();
+        return outcome;
+    }
+    JSONValue counts() { return *run({"status", "--json"}).json().find("counts"); }
+    fs::path vaultFile() { return VaultStore(setup()).vaultDirectory() / "vault.pbv"; }
+};
+
+double count(const JSONValue& counts, std::string_view list) { return counts.find(list)->asNumber(); }
+
+class CommandLineTest : public ::testing::Test {
+protected:
+    InMemoryFileSystem files;
+    Device device{files, "/a"};
+
+    std::string init() {
+        auto made = device.run({"init", "--name", "Ana Ruiz", "--degree", "MD", "--state", "ca"});
+        EXPECT_EQ(made.code, 0) << made.err;
+        return made.line();
+    }
+};
+
+TEST_F(CommandLineTest, InitCreatesTheVaultAndStatusCountsIt) {
+    auto before = device.run({"status", "--json"});
+    EXPECT_EQ(before.code, 0);
+    EXPECT_EQ(before.json(), JSONValue(JSONValue::Object{{"phase", "welcome"}}));
+    auto noVault = device.run({"list", "people"});
+    EXPECT_EQ(noVault.code, 1);
+    EXPECT_EQ(noVault.err, VaultError::noVault().message() + "\n");
+
+    const std::string vaultId = init();
+    auto status = device.run({"status", "--json"}).json();
+    EXPECT_EQ(status.find("phase")->asString(), "ready");
+    EXPECT_EQ(status.find("vaultId")->asString(), vaultId);
+    EXPECT_EQ(count(*status.find("counts"), "people"), 1);
+    EXPECT_EQ(count(*status.find("counts"), "credentials"), 1);  // the starter licence for the state
+    auto licences = device.run({"list", "credentials", "--json"}).json().asArray();
+    ASSERT_EQ(licences.size(), 1u);
+    EXPECT_EQ(licences[0].find("state")->asString(), "CA");
+
+    auto again = device.run({"init", "--name", "Bo", "--degree", "RN"});
+    EXPECT_EQ(again.code, 1);
+    EXPECT_EQ(again.err, VaultError::vaultExists().message() + "\n");
+
+    // With app lock on, headless commands unlock through the unavailable authenticator.
+    {
+        VaultStore store(device.setup());
+        ASSERT_TRUE(store.start().ok());
+        ASSERT_TRUE(store.setAppLock(true).ok());
+    }
+    EXPECT_EQ(device.run({"status", "--json"}).json().find("phase")->asString(), "locked");
+    EXPECT_NE(device.run({"list", "people"}).out.find("Ana Ruiz"), std::string::npos);
+}
+
+TEST_F(CommandLineTest, InvalidCredentialsAreUsageErrorsAndSaveNothing) {
+    init();
+    const auto writesBefore = files.writeCount(device.vaultFile());
+    const std::vector<std::pair<std::vector<std::string>, std::string>> bad = {
+        {{"--kind", "passport"}, "stateLicense"},
+        {{"--kind", "stateLicense"}, "--state"},
+        {{"--kind", "dea", "--expires", "2026/01/31"}, "2026/01/31"},
+        {{"--kind", "dea", "--issued", "2026-02-01", "--expires", "2026-01-31"}, "2026-01-31"},
+        {{"--kind", "stateLicense", "--state", "Cal"}, "Cal"},
+    };
+    for (const auto& [options, named] : bad) {
+        std::vector<std::string> args = {"add", "credential"};
+        args.insert(args.end(), options.begin(), options.end());
+        auto outcome = device.run(args);
+        EXPECT_EQ(outcome.code, 2) << named;
+        EXPECT_NE(outcome.err.find(named), std::string::npos) << outcome.err;
+        EXPECT_TRUE(outcome.out.empty());
+    }
+    EXPECT_EQ(files.writeCount(device.vaultFile()), writesBefore);
+    EXPECT_EQ(count(device.counts(), "credentials"), 1);
+}
+
+TEST_F(CommandLineTest, UsageErrorsExitTwo) {
+    init();
+    for (const std::vector<std::string>& args : std::vector<std::vector<std::string>>{
+             {},
+             {"frobnicate"},
+             {"add"},
+             {"list", "widgets"},
+             {"add", "cme", "--title", "x", "--hours", "-1", "--completed", "2026-01-01"},
+             {"add", "cme", "--title", "x", "--hours", "1h", "--completed", "2026-01-01"},
+             {"add", "cme", "--title", "x", "--hours", "2", "--completed", "2026-01-01", "--category", "cat9"}}) {
+        EXPECT_EQ(device.run(args).code, 2) << (args.empty() ? "" : args[0]);
+    }
+    auto degree = device.run({"add", "person", "--name", "Bo", "--degree", "Dr"});
+    EXPECT_EQ(degree.code, 2);
+    EXPECT_NE(degree.err.find("CRNA"), std::string::npos) << degree.err;
+
+    auto refused = device.run({"erase"});
+    EXPECT_EQ(refused.code, 2);
+    EXPECT_NE(refused.err.find("--yes"), std::string::npos);
+    EXPECT_EQ(count(device.counts(), "people"), 1);
+    EXPECT_EQ(device.run({"erase", "--yes"}).code, 0);
+    EXPECT_EQ(device.run({"status", "--json"}).json().find("phase")->asString(), "welcome");
+}
+
+TEST_F(CommandLineTest, AddListShowDeleteRoundTrip) {
+    init();
+    const std::string bo = device.run({"add", "person", "--name", "Bo Lind", "--degree", "NP"}).line();
+    auto added = device.run(
+        {"add", "credential", "--kind", "dea", "--number", "BL123", "--expires", "2027-1-31", "--person", bo});
+    ASSERT_EQ(added.code, 0) << added.err;
+    const std::string id = added.line();
+
+    EXPECT_NE(device.run({"list", "credentials"}).out.find(id + "\tdea\t-\tBL123\t2027-01-31"), std::string::npos);
+    auto shown = device.run({"show", "credential", id, "--json"}).json();
+    EXPECT_EQ(shown.find("personId")->asString(), bo);
+    EXPECT_EQ(shown.find("expiresOn")->asString(), "2027-01-31");
+    EXPECT_NE(device.run({"show", "credentials", id}).out.find("number: BL123\n"), std::string::npos);
+
+    auto cme = device.run(
+        {"add", "cme", "--title", "Airway", "--hours", "1.5", "--completed", "2026-03-02", "--topic", "opioids"});
+    ASSERT_EQ(cme.code, 0) << cme.err;
+    auto activity = device.run({"show", "cme", cme.line(), "--json"}).json();
+    EXPECT_EQ(activity.find("hours")->asNumber(), 1.5);
+    EXPECT_EQ(activity.find("category")->asString(), "other");
+    const std::string self = device.run({"list", "people", "--json"}).json().asArray()[0].find("id")->asString();
+    EXPECT_EQ(activity.find("personId")->asString(), self);  // the user, not the only other person
+
+    device.clock.advance(1h);
+    EXPECT_EQ(device.run({"delete", "credential", id}).code, 0);
+    EXPECT_EQ(count(device.counts(), "credentials"), 1);
+    EXPECT_EQ(device.run({"list", "credentials"}).out.find(id), std::string::npos);
+    EXPECT_EQ(device.run({"show", "credential", id}).code, 1);
+    EXPECT_EQ(device.run({"delete", "credential", id}).code, 1);
+    {
+        VaultStore store(device.setup());
+        ASSERT_TRUE(store.start().ok());
+        const auto& kept = store.doc().credentials;
+        auto tomb = std::find_if(kept.begin(), kept.end(), [&](const Credential& c) { return c.id == id; });
+        ASSERT_NE(tomb, kept.end());
+        EXPECT_TRUE(tomb->deleted);
+        EXPECT_EQ(tomb->updatedAt, Timestamp::now(device.clock));
+    }
+
+    // With the user gone and two people left, nobody is the obvious owner.
+    EXPECT_EQ(device.run({"delete", "person", self}).code, 0);
+    device.run({"add", "person", "--name", "Cy", "--degree", "PA"});
+    auto ownerless = device.run({"add", "credential", "--kind", "bls"});
+    EXPECT_EQ(ownerless.code, 1);
+    EXPECT_EQ(ownerless.err, "Choose a person with --person, so the record has an owner.\n");
+    EXPECT_EQ(device.run({"add", "credential", "--kind", "bls", "--person", self}).code, 1);
+}
+
+TEST_F(CommandLineTest, DocumentsAreStoredAndOpenedAsPlainCopies) {
+    init();
+    ASSERT_TRUE(files.createDirectories("/home").ok());
+    ASSERT_TRUE(files.replaceFileAtomically("/home/Licence.PDF", asBytes("%PDF-1.4 licence")).ok());
+    EXPECT_EQ(device.run({"doc", "add", "/home/Licence.PDF", "--kind", "passport"}).code, 2);
+    auto added = device.run({"doc", "add", "/home/Licence.PDF", "--kind", "license"});
+    ASSERT_EQ(added.code, 0) << added.err;
+
+    auto record = device.run({"show", "document", added.line(), "--json"}).json();
+    EXPECT_EQ(record.find("contentType")->asString(), "application/pdf");
+    EXPECT_EQ(record.find("filename")->asString(), "Licence.PDF");
+    EXPECT_EQ(record.find("size")->asNumber(), 16);
+
+    auto opened = device.run({"doc", "open", added.line()});
+    ASSERT_EQ(opened.code, 0) << opened.err;
+    const fs::path copy = opened.line();
+    std::ifstream plain(copy, std::ios::binary);
+    EXPECT_EQ(std::string(std::istreambuf_iterator<char>(plain), {}), "%PDF-1.4 licence");
+    EXPECT_EQ(device.run({"doc", "clear-temp"}).code, 0);
+    EXPECT_FALSE(fs::exists(copy));
+    EXPECT_EQ(device.run({"doc", "add", "/home/missing.png"}).code, 1);
+}
+
+TEST_F(CommandLineTest, KeyFileExportLetsASecondDeviceJoin) {
+    const std::string vaultId = init();
+    const fs::path folder = device.vaultFile().parent_path();
+
+    auto noTerminal = device.run({"keyfile", "export", (folder / "vault.key").string()});
+    EXPECT_EQ(noTerminal.code, 1);
+    EXPECT_EQ(noTerminal.err, "A passphrase is needed, so pass it on standard input with --passphrase-stdin.\n");
+    device.prompt = [n = 0](std::string_view) mutable { return std::optional<std::string>(n++ ? "tw0" : "two"); };
+    EXPECT_EQ(device.run({"keyfile", "export", (folder / "vault.key").string()}).code, 1);  // mistyped repeat
+    EXPECT_FALSE(files.exists(folder / "vault.key"));
+    auto exported = device.run({"keyfile", "export", (folder / "vault.key").string(), "--passphrase-stdin"},
+                               "correct horse\nnext line");
+    ASSERT_EQ(exported.code, 0) << exported.err;
+
+    Device other(files, "/b");
+    auto wrong = other.run({"join", folder.string(), "--passphrase-stdin"}, "correct");
+    EXPECT_EQ(wrong.code, 1);
+    EXPECT_EQ(wrong.err, VaultError::wrongPassphrase().message() + "\n");
+    EXPECT_EQ(other.run({"status", "--json"}).json().find("phase")->asString(), "welcome");
+
+    auto joined = other.run({"join", folder.string(), "--passphrase-stdin"}, "correct horse\n");
+    ASSERT_EQ(joined.code, 0) << joined.err;
+    EXPECT_EQ(joined.line(), vaultId);
+    EXPECT_EQ(other.counts(), device.counts());
+}
+
+}  // namespace
+}  // namespace corvale
