@@ -8,6 +8,8 @@
 #include "documents/ZipReader.h"
 #include "documents/ZipWriter.h"
 
+#include "BenchSupport.h"
+
 #include <benchmark/benchmark.h>
 #include <fcntl.h>
 #include <malloc.h>
@@ -161,49 +163,6 @@ BENCHMARK(BM_Extract)->Unit(benchmark::kMillisecond)->MinTime(3.0)->UseRealTime(
 BENCHMARK(BM_ExtractBatch)->Unit(benchmark::kMillisecond)->MinTime(3.0)->UseRealTime();
 BENCHMARK(BM_ExtractFloor)->Unit(benchmark::kMillisecond)->MinTime(3.0)->UseRealTime();
 
-class RatioReporter : public benchmark::ConsoleReporter {
-public:
-    void ReportRuns(const std::vector<Run>& runs) override {
-        for (const auto& run : runs) {
-            if (run.run_type == Run::RT_Iteration && run.iterations > 0)
-                m_seconds[run.run_name.function_name] = run.GetAdjustedRealTime();
-        }
-        ConsoleReporter::ReportRuns(runs);
-    }
-    double time(const std::string& name) const {
-        const auto it = m_seconds.find(name);
-        return it == m_seconds.end() ? 0 : it->second;
-    }
-
-private:
-    std::map<std::string, double> m_seconds;
-};
-
-std::size_t statusBytes(const char* field) {
-    std::FILE* status = std::fopen("/proc/self/status", "r");
-    if (!status) return 0;
-    char line[256];
-    std::size_t kilobytes = 0;
-    const std::size_t length = std::strlen(field);
-    while (std::fgets(line, sizeof line, status)) {
-        if (std::strncmp(line, field, length) == 0) kilobytes = std::strtoull(line + length, nullptr, 10);
-    }
-    std::fclose(status);
-    return kilobytes * 1024;
-}
-
-// Resets the high-water mark so it covers only `work`.
-template <class Work>
-std::size_t peakAbove(Work&& work) {
-    malloc_trim(0);
-    if (std::FILE* refs = std::fopen("/proc/self/clear_refs", "w")) {
-        std::fputs("5", refs);
-        std::fclose(refs);
-    }
-    const std::size_t before = statusBytes("VmRSS:");
-    work();
-    return statusBytes("VmHWM:") - before;
-}
 
 }  // namespace
 }  // namespace corvale
@@ -216,11 +175,11 @@ int main(int argc, char** argv) {
     fixture();
     std::printf("%d documents of %zu KiB, %.1f MB in all\n", kFiles, kFileSize >> 10,
                 static_cast<double>(kFiles) * kFileSize / 1e6);
-    const std::size_t archivePeak = peakAbove(writeArchive);
+    const std::size_t archivePeak = bench::peakResidentAbove(writeArchive);
     fs::create_directories(fixture().directory / "out");
-    const std::size_t extractPeak = peakAbove([] { extractArchive(ZipFileReader::FolderFlush::deferred); });
+    const std::size_t extractPeak = bench::peakResidentAbove([] { extractArchive(ZipFileReader::FolderFlush::deferred); });
 
-    RatioReporter reporter;
+    bench::RatioReporter reporter;
     benchmark::RunSpecifiedBenchmarks(&reporter);
 
     // Throughput against the floor's: the floor's time over ours.

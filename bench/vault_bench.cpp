@@ -10,6 +10,8 @@
 #include "vault/Sealer.h"
 #include "vault/VaultFiles.h"
 
+#include "BenchSupport.h"
+
 #include <benchmark/benchmark.h>
 #include <malloc.h>
 #include <simdjson.h>
@@ -247,56 +249,17 @@ BENCHMARK(BM_OpenFloor)->Unit(benchmark::kMillisecond)->MinTime(2.0);
 BENCHMARK(BM_Save)->Unit(benchmark::kMillisecond)->MinTime(2.0);
 BENCHMARK(BM_SaveFloor)->Unit(benchmark::kMillisecond)->MinTime(2.0);
 
-class RatioReporter : public benchmark::ConsoleReporter {
-public:
-    void ReportRuns(const std::vector<Run>& runs) override {
-        for (const auto& run : runs) {
-            if (run.run_type == Run::RT_Iteration && run.iterations > 0)
-                m_seconds[run.run_name.function_name] = run.GetAdjustedRealTime();
-        }
-        ConsoleReporter::ReportRuns(runs);
-    }
-    double time(const std::string& name) const {
-        const auto it = m_seconds.find(name);
-        return it == m_seconds.end() ? 0 : it->second;
-    }
-
-private:
-    std::map<std::string, double> m_seconds;
-};
-
-std::size_t statusBytes(const char* field) {
-    std::FILE* status = std::fopen("/proc/self/status", "r");
-    if (!status) return 0;
-    char line[256];
-    std::size_t kilobytes = 0;
-    const std::size_t length = std::strlen(field);
-    while (std::fgets(line, sizeof line, status)) {
-        if (std::strncmp(line, field, length) == 0) kilobytes = std::strtoull(line + length, nullptr, 10);
-    }
-    std::fclose(status);
-    return kilobytes * 1024;
-}
-
 struct Peak {
     std::size_t resident = 0;  // what the work really touched
     std::size_t heap = 0;      // what it asked for, touched or not
 };
 
-// Hands freed pages back to the kernel, so memory the work reuses counts as
-// touched again, then resets the high-water mark so it covers only `work`.
 template <class Work>
 Peak peakAbove(Work&& work) {
-    malloc_trim(0);
-    if (std::FILE* refs = std::fopen("/proc/self/clear_refs", "w")) {
-        std::fputs("5", refs);
-        std::fclose(refs);
-    }
-    const std::size_t residentBefore = statusBytes("VmRSS:");
     const std::size_t heapBefore = g_liveBytes.load();
     g_peakBytes.store(heapBefore);
-    work();
-    return {statusBytes("VmHWM:") - residentBefore, g_peakBytes.load() - heapBefore};
+    const std::size_t resident = bench::peakResidentAbove(work);
+    return {resident, g_peakBytes.load() - heapBefore};
 }
 
 }  // namespace
@@ -317,7 +280,7 @@ int main(int argc, char** argv) {
     const Peak openPeak = peakAbove([&] { auto document = files.loadDocument(); });
     const Peak savePeak = peakAbove([&] { (void)files.saveDocument(f.document); });
 
-    RatioReporter reporter;
+    bench::RatioReporter reporter;
     benchmark::RunSpecifiedBenchmarks(&reporter);
 
     const double openRatio = reporter.time("BM_Open") / reporter.time("BM_OpenFloor");
