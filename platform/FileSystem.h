@@ -53,6 +53,10 @@ public:
     // Names (not paths) of the entries of a folder; empty when it does not exist.
     virtual std::vector<std::string> list(const std::filesystem::path& directory) = 0;
 
+    // Whether paths name real files on this computer, which other code may
+    // then stream directly instead of reading whole through this interface.
+    virtual bool isNative() const { return false; }
+
     // Holds `path` (created when missing) locked for this process until the
     // returned handle is released; absent when another process holds it.
     virtual Result<std::optional<std::unique_ptr<FileLock>>, FileError> lockExclusively(

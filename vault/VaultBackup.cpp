@@ -6,6 +6,7 @@
 #include "vault/Sealer.h"
 #include "vault/VaultStore.h"
 
+#include <future>
 #include <set>
 
 namespace corvale {
@@ -35,16 +36,18 @@ Result<std::filesystem::path, VaultError> VaultStore::exportBackup(std::string_v
         path = folder / backupFileName(Day::local(m_setup.clock.now()));
     }
 
-    auto keyFile = KeyFile::make(m_key, passphrase, m_doc.vaultId, m_setup.clock);
-    if (!keyFile) return fail(keyFile.error());
+    // The passphrase derivation is deliberately slow: it runs on another core
+    // while the documents stream in, and the key file is added last.
+    const std::string passphraseCopy(passphrase);
+    auto keyFile = std::async(std::launch::async, [&, passphraseCopy] {
+        return KeyFile::make(m_key, passphraseCopy, m_doc.vaultId, m_setup.clock);
+    });
     VaultFiles vault = files(m_key.clone());
     auto sealed = vault.sealedDocument(m_doc);
     if (!sealed) return fail(sealed.error());
 
     auto writer = ZipFileWriter::create(path);
     if (!writer) return archiveFailure(writer.error());
-    const std::string keyJSON = keyFile->toJSON();
-    if (auto added = writer->add(kKeyFileName, asBytes(keyJSON)); !added) return archiveFailure(added.error());
     if (auto added = writer->add(VaultFiles::kDocumentFileName, *sealed); !added) return archiveFailure(added.error());
     sealed->clear();
     sealed->shrink_to_fit();
@@ -55,11 +58,21 @@ Result<std::filesystem::path, VaultError> VaultStore::exportBackup(std::string_v
         if (record.deleted || !VaultFiles::isBlobHash(record.blobHash) || !written.insert(record.blobHash).second)
             continue;
         const std::string name = record.blobHash + std::string(VaultFiles::kBlobExtension);
-        auto blob = m_setup.files.readFile(vault.blobsDirectory() / name);
+        const auto source = vault.blobsDirectory() / name;
+        if (m_setup.files.isNative()) {
+            if (auto added = writer->addFile(std::string(kBlobsPrefix) + name, source); !added)
+                return archiveFailure(added.error());
+            continue;
+        }
+        auto blob = m_setup.files.readFile(source);
         if (!blob) return fail(VaultError::storage(blob.error()));
         if (auto added = writer->add(std::string(kBlobsPrefix) + name, *blob); !added)
             return archiveFailure(added.error());
     }
+    auto made = keyFile.get();
+    if (!made) return fail(made.error());
+    const std::string keyJSON = made->toJSON();
+    if (auto added = writer->add(kKeyFileName, asBytes(keyJSON)); !added) return archiveFailure(added.error());
     if (auto finished = writer->finish(); !finished) return archiveFailure(finished.error());
     (void)m_prefs.setTimestamp(Prefs::kLastBackup, Timestamp::now(m_setup.clock));
     return path;

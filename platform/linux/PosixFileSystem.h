@@ -16,6 +16,7 @@ public:
     Result<void, FileError> removeAll(const std::filesystem::path& path) override;
     // Sorted by name.
     std::vector<std::string> list(const std::filesystem::path& directory) override;
+    bool isNative() const override { return true; }
     Result<void, FileError> rename(const std::filesystem::path& from, const std::filesystem::path& to) override;
     Result<std::optional<std::unique_ptr<FileLock>>, FileError> lockExclusively(
         const std::filesystem::path& path) override;
