@@ -3,7 +3,6 @@
 #include "documents/ZipReader.h"
 #include "documents/ZipWriter.h"
 #include "vault/KeyFile.h"
-#include "vault/Sealer.h"
 #include "vault/VaultStore.h"
 
 #include <future>
@@ -91,9 +90,8 @@ Result<void, VaultError> VaultStore::restoreBackup(const std::filesystem::path& 
         if (entry.name == kKeyFileName) keyEntry = &entry;
         if (entry.name == VaultFiles::kDocumentFileName) documentEntry = &entry;
         if (entry.name.starts_with(kBlobsPrefix)) {
-            const std::filesystem::path name = entry.name.substr(kBlobsPrefix.size());
             // Only names a blob can have: nothing in an archive may choose where it lands.
-            if (VaultFiles::isBlobHash(name.stem().string()) && name.extension() == VaultFiles::kBlobExtension)
+            if (VaultFiles::isBlobFileName(std::string_view(entry.name).substr(kBlobsPrefix.size())))
                 blobs.push_back(&entry);
         }
     }
@@ -107,28 +105,16 @@ Result<void, VaultError> VaultStore::restoreBackup(const std::filesystem::path& 
     if (!key) return fail(key.error());  // a wrong passphrase stops here, before anything is written
     auto sealed = reader->read(*documentEntry);
     if (!sealed) return archiveFailure(sealed.error());
-    {
-        // The document must open with this key before this device changes.
-        auto plain = Sealer::open(*sealed, key->view());
-        if (!plain) return fail(plain.error());
-        if (!decodeVaultDocument(std::move(*plain))) return fail(VaultError::badFormat());
-    }
-
-    VaultFiles vault = files(key->clone());
-    if (auto made = m_setup.files.createDirectories(vault.blobsDirectory()); !made)
-        return fail(VaultError::storage(made.error()));
-    for (const ZipEntry* entry : blobs) {
-        auto blob = reader->read(*entry);
-        if (!blob) return archiveFailure(blob.error());
-        const auto name = entry->name.substr(kBlobsPrefix.size());
-        if (auto written = m_setup.files.replaceFileAtomically(vault.blobsDirectory() / name, *blob); !written)
-            return fail(VaultError::storage(written.error()));
-    }
-    if (auto saved = m_keychain.saveVaultKey(*key); !saved) return saved;
-    // The document goes last: until it is there, this device still has no vault.
-    if (auto written = m_setup.files.replaceFileAtomically(vault.documentPath(), *sealed); !written)
-        return fail(VaultError::storage(written.error()));
-    return openWith(std::move(key).value());
+    return install(std::move(key).value(), *sealed, [&](const std::filesystem::path& folder) -> Result<void, VaultError> {
+        for (const ZipEntry* entry : blobs) {
+            auto blob = reader->read(*entry);
+            if (!blob) return archiveFailure(blob.error());
+            const auto name = entry->name.substr(kBlobsPrefix.size());
+            if (auto written = m_setup.files.replaceFileAtomically(folder / name, *blob); !written)
+                return fail(VaultError::storage(written.error()));
+        }
+        return {};
+    });
 }
 
 }  // namespace corvale

@@ -34,6 +34,11 @@ std::filesystem::path VaultFiles::documentPath() const { return m_directory / kD
 
 std::filesystem::path VaultFiles::blobsDirectory() const { return m_directory / kBlobsFolderName; }
 
+bool VaultFiles::isBlobFileName(std::string_view name) {
+    return name.size() == 64 + kBlobExtension.size() && name.ends_with(kBlobExtension) &&
+           isBlobHash(name.substr(0, 64));
+}
+
 bool VaultFiles::isBlobHash(std::string_view hash) {
     return hash.size() == 64 && std::all_of(hash.begin(), hash.end(),
                                             [](char c) { return (c >= '0' && c <= '9') || (c >= 'a' && c <= 'f'); });

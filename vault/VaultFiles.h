@@ -40,6 +40,8 @@ public:
 
     // 64 lower-case hex characters: the only text a blob path is built from.
     static bool isBlobHash(std::string_view hash);
+    // "<hash>.pbb": the only names a blob file brought from elsewhere may have.
+    static bool isBlobFileName(std::string_view name);
 
     Result<Bytes, VaultError> sealedDocument(const VaultDocument& document) const;
     // Atomic: a failed write leaves the previous vault.pbv whole.

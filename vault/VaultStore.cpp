@@ -3,6 +3,7 @@
 #include "platform/Paths.h"
 #include "vault/AppIdentity.h"
 #include "vault/KeyFile.h"
+#include "vault/Sealer.h"
 
 #include <algorithm>
 
@@ -67,8 +68,8 @@ Result<void, VaultError> VaultStore::holdVault() {
 
 Result<void, VaultError> VaultStore::start() {
     if (m_phase != VaultPhase::loading) return {};
-    runMigration();
     m_prefs.load();
+    runMigration();
     if (auto held = holdVault(); !held) return held;
     (void)files({}).removeStaleTemporaries();  // best effort: leftovers only cost space
     auto key = m_keychain.loadVaultKey();
@@ -86,7 +87,7 @@ Result<void, VaultError> VaultStore::start() {
 }
 
 void VaultStore::runMigration() {
-    if (m_prefs.load(), m_prefs.flag(Prefs::kMigrated)) return;
+    if (m_prefs.flag(Prefs::kMigrated)) return;
     const auto olderFolder = m_setup.supportDirectory / kOlderFolderName;
     const auto folder = m_setup.supportDirectory / kFolderName;
     // Best effort throughout: whatever cannot move stays where it was, and the app starts as new.
@@ -273,30 +274,37 @@ Result<void, VaultError> VaultStore::join(const std::filesystem::path& folder, s
     if (!keyFile) return fail(keyFile.error());
     auto key = keyFile->open(passphrase);
     if (!key) return fail(key.error());
-    // Prove the vault opens with this key before anything on this device changes.
     auto sealed = m_setup.files.readFile(folder / VaultFiles::kDocumentFileName);
     if (!sealed) return storageFailure(sealed.error());
-    if (auto opened = VaultFiles(m_setup.files, key->clone(), folder, m_setup.temporaryDirectory).loadDocument();
-        !opened)
-        return fail(opened.error());
+    return install(std::move(key).value(), *sealed, [&](const std::filesystem::path& blobs) -> Result<void, VaultError> {
+        for (const auto& name : m_setup.files.list(folder / VaultFiles::kBlobsFolderName)) {
+            if (!VaultFiles::isBlobFileName(name)) continue;
+            auto blob = m_setup.files.readFile(folder / VaultFiles::kBlobsFolderName / name);
+            if (!blob) return storageFailure(blob.error());
+            if (auto written = m_setup.files.replaceFileAtomically(blobs / name, *blob); !written)
+                return storageFailure(written.error());
+        }
+        return {};
+    });
+}
 
-    const auto blobs = vaultDirectory() / VaultFiles::kBlobsFolderName;
-    if (auto made = m_setup.files.createDirectories(blobs); !made) return storageFailure(made.error());
-    for (const auto& name : m_setup.files.list(folder / VaultFiles::kBlobsFolderName)) {
-        const auto stem = std::filesystem::path(name).stem().string();
-        if (!VaultFiles::isBlobHash(stem) || std::filesystem::path(name).extension() != VaultFiles::kBlobExtension)
-            continue;
-        auto blob = m_setup.files.readFile(folder / VaultFiles::kBlobsFolderName / name);
-        if (!blob) return storageFailure(blob.error());
-        if (auto written = m_setup.files.replaceFileAtomically(blobs / name, *blob); !written)
-            return storageFailure(written.error());
+Result<void, VaultError> VaultStore::install(
+    SecureBytes key, const Bytes& sealedDocument,
+    const std::function<Result<void, VaultError>(const std::filesystem::path&)>& copyBlobs) {
+    {
+        // Prove the vault opens with this key before anything on this device changes.
+        auto plain = Sealer::open(sealedDocument, key.view());
+        if (!plain) return fail(plain.error());
+        if (!decodeVaultDocument(std::move(*plain))) return fail(VaultError::badFormat());
     }
-    if (auto saved = m_keychain.saveVaultKey(*key); !saved) return saved;
+    VaultFiles vault = files(key.clone());
+    if (auto made = m_setup.files.createDirectories(vault.blobsDirectory()); !made) return storageFailure(made.error());
+    if (auto copied = copyBlobs(vault.blobsDirectory()); !copied) return copied;
+    if (auto saved = m_keychain.saveVaultKey(key); !saved) return saved;
     // The document goes last: until it is there, this device still has no vault.
-    if (auto written = m_setup.files.replaceFileAtomically(vaultDirectory() / VaultFiles::kDocumentFileName, *sealed);
-        !written)
+    if (auto written = m_setup.files.replaceFileAtomically(vault.documentPath(), sealedDocument); !written)
         return storageFailure(written.error());
-    return openWith(std::move(key).value());
+    return openWith(std::move(key));
 }
 
 Result<void, VaultError> VaultStore::erase() {

@@ -118,6 +118,11 @@ private:
     Result<void, VaultError> requireReady() const;
     Result<void, VaultError> holdVault();
     Result<void, VaultError> openWith(SecureBytes key);
+    // Makes a vault brought from elsewhere this device's: checks the sealed
+    // document opens with the key, lets `copyBlobs` fill the blobs folder,
+    // saves the key and writes the document last, then opens it.
+    Result<void, VaultError> install(SecureBytes key, const Bytes& sealedDocument,
+                                     const std::function<Result<void, VaultError>(const std::filesystem::path&)>& copyBlobs);
     void scheduleSave();
     void runMigration();
     VaultFiles files(SecureBytes key) const;
