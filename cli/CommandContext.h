@@ -48,6 +48,9 @@ Result<void, VaultError> openRecords(VaultStore& store);
 // The owner of a new record: the given live person, else the user, else the only person.
 Result<std::string, std::string> choosePerson(const VaultDocument& document, const std::optional<std::string>& given);
 
+// openRecords, then choosePerson: where every new record starts. Fails with the sentence to show.
+Result<std::string, std::string> openForNewRecord(VaultStore& store, const std::optional<std::string>& person);
+
 // From standard input or the terminal. `confirm` asks twice on a terminal,
 // where a typo in a new passphrase would lock the user out of the copy.
 Result<std::string, std::string> readPassphrase(Session& session, bool fromStdin, bool confirm);

@@ -91,6 +91,11 @@ int saveNew(Session& session, VaultStore& store, std::vector<T> VaultDocument::*
 
 }  // namespace
 
+Result<std::string, std::string> openForNewRecord(VaultStore& store, const std::optional<std::string>& person) {
+    if (auto opened = openRecords(store); !opened) return fail(opened.error().message());
+    return choosePerson(store.doc(), person);
+}
+
 Result<std::string, std::string> choosePerson(const VaultDocument& document, const std::optional<std::string>& given) {
     if (given) {
         if (!findLive(document.people, *given)) {
@@ -163,10 +168,7 @@ int runAddCredential(Session& session, const CredentialOptions& options) {
                              options.issued->toString() + ".");
     }
     VaultStore store(session.setup);
-    if (auto opened = openRecords(store); !opened) {
-        return session.failed(opened.error());
-    }
-    auto owner = choosePerson(store.doc(), options.person);
+    auto owner = openForNewRecord(store, options.person);
     if (!owner) {
         return session.failed(owner.error());
     }
@@ -185,10 +187,7 @@ int runAddCredential(Session& session, const CredentialOptions& options) {
 
 int runAddCME(Session& session, const CMEOptions& options) {
     VaultStore store(session.setup);
-    if (auto opened = openRecords(store); !opened) {
-        return session.failed(opened.error());
-    }
-    auto owner = choosePerson(store.doc(), options.person);
+    auto owner = openForNewRecord(store, options.person);
     if (!owner) {
         return session.failed(owner.error());
     }

@@ -52,19 +52,13 @@ int runInit(Session& session, const InitOptions& options) {
     if (!created) {
         return session.failed(created.error());
     }
-    if (auto flushed = store.flush(); !flushed) {
-        return session.failed(flushed.error());
-    }
-    session.out << store.doc().vaultId << '\n';
+    session.out << store.doc().vaultId << '\n';  // create and join have already written the vault
     return kSucceeded;
 }
 
 int runDocumentAdd(Session& session, const DocumentOptions& options) {
     VaultStore store(session.setup);
-    if (auto opened = openRecords(store); !opened) {
-        return session.failed(opened.error());
-    }
-    auto owner = choosePerson(store.doc(), options.person);
+    auto owner = openForNewRecord(store, options.person);
     if (!owner) {
         return session.failed(owner.error());
     }
@@ -175,10 +169,7 @@ int runJoin(Session& session, const std::filesystem::path& folder, bool passphra
     if (auto joined = store.join(folder, *passphrase); !joined) {
         return session.failed(joined.error());
     }
-    if (auto flushed = store.flush(); !flushed) {
-        return session.failed(flushed.error());
-    }
-    session.out << store.doc().vaultId << '\n';
+    session.out << store.doc().vaultId << '\n';  // create and join have already written the vault
     return kSucceeded;
 }
 

@@ -48,10 +48,14 @@ bool writeAll(int fd, ByteView bytes) {
     return true;
 }
 
-bool writeAllAt(int fd, ByteView bytes, std::uint64_t offset) {
+namespace {
+
+// pread and pwrite may move fewer bytes than asked, or be interrupted.
+template <class Buffer, class Transfer>
+bool transferAllAt(int fd, Buffer* data, std::size_t size, std::uint64_t offset, Transfer transfer) {
     std::size_t done = 0;
-    while (done < bytes.size()) {
-        const ssize_t n = ::pwrite(fd, bytes.data() + done, bytes.size() - done, static_cast<off_t>(offset + done));
+    while (done < size) {
+        const ssize_t n = transfer(fd, data + done, size - done, static_cast<off_t>(offset + done));
         if (n < 0 && errno == EINTR) {
             continue;
         }
@@ -66,22 +70,14 @@ bool writeAllAt(int fd, ByteView bytes, std::uint64_t offset) {
     return true;
 }
 
+}  // namespace
+
+bool writeAllAt(int fd, ByteView bytes, std::uint64_t offset) {
+    return transferAllAt(fd, bytes.data(), bytes.size(), offset, ::pwrite);
+}
+
 bool readAllAt(int fd, std::span<std::uint8_t> out, std::uint64_t offset) {
-    std::size_t done = 0;
-    while (done < out.size()) {
-        const ssize_t n = ::pread(fd, out.data() + done, out.size() - done, static_cast<off_t>(offset + done));
-        if (n < 0 && errno == EINTR) {
-            continue;
-        }
-        if (n <= 0) {
-            if (n == 0) {
-                errno = EIO;
-            }
-            return false;
-        }
-        done += static_cast<std::size_t>(n);
-    }
-    return true;
+    return transferAllAt(fd, out.data(), out.size(), offset, ::pread);
 }
 
 bool syncFile(int fd) {
