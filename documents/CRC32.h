@@ -10,7 +10,8 @@ namespace corvale {
 
 class CRC32 {
 public:
-    // The classic byte-at-a-time table, built once.
+    // The classic byte-at-a-time table, built once; `update` gives the same
+    // checksum as walking it, only faster.
     static const std::array<std::uint32_t, 256>& table();
     static std::uint32_t checksum(ByteView data) { return update(0, data); }
     // Continues a checksum: update(checksum(a), b) == checksum(a + b).

@@ -178,7 +178,10 @@ Result<void, ArchiveError> ZipFileReader::copyTo(const ZipEntry& entry, const st
         return fail(ArchiveError::make(code, error, path));
     };
 
-    Bytes chunk(static_cast<std::size_t>(std::min<std::uint64_t>(entry.size, kChunk)));
+    Bytes& chunk = m_chunk;
+    if (chunk.size() < kChunk) {
+        chunk.resize(kChunk);
+    }
     std::uint32_t crc = 0;
     for (std::uint64_t done = 0; done < entry.size;) {
         const auto n = static_cast<std::size_t>(std::min<std::uint64_t>(entry.size - done, chunk.size()));

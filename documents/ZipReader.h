@@ -31,7 +31,7 @@ public:
 };
 
 // Reads the directory of an archive on disk without loading the rest, then
-// one entry at a time.
+// one entry at a time, from one thread at a time.
 class ZipFileReader {
 public:
     // Fails only if the file can't be opened; a file that isn't an archive
@@ -63,6 +63,7 @@ private:
     std::filesystem::path m_path;
     std::uint64_t m_size = 0;
     std::vector<ZipEntry> m_entries;
+    mutable Bytes m_chunk;  // reused by copyTo, so a reader serves one thread at a time
 };
 
 }  // namespace corvale

@@ -53,6 +53,7 @@ struct ZipFileWriter::State {
     posix::Descriptor fd;
     zip::Layout layout;
     Bytes buffer;               // written bytes not yet handed to the file
+    Bytes chunk;                // what addFile reads into, kept from one file to the next
     std::uint64_t flushed = 0;  // file offset where `buffer` starts
     bool open = true;
 
@@ -174,30 +175,60 @@ Result<void, ArchiveError> ZipFileWriter::addFile(std::string_view name, const s
     const auto size = static_cast<std::uint64_t>(info.st_size);
     ::posix_fadvise(in.get(), 0, 0, POSIX_FADV_SEQUENTIAL);
 
+    if (s.chunk.size() < kChunk) {
+        s.chunk.resize(kChunk);
+    }
+    const auto readInto = [&](std::span<std::uint8_t> piece) -> Result<void, ArchiveError> {
+        for (std::size_t done = 0; done < piece.size();) {
+            const ssize_t n = ::read(in.get(), piece.data() + done, piece.size() - done);
+            if (n < 0 && errno == EINTR) {
+                continue;
+            }
+            if (n < 0) {
+                return s.failWith(Code::sourceUnreadable, errno, source);
+            }
+            if (n == 0) {
+                return s.failWith(Code::sourceChanged, 0, source);
+            }
+            done += static_cast<std::size_t>(n);
+        }
+        return {};
+    };
+
+    // A file that fits in one chunk is checksummed before its header goes
+    // out, so nothing has to be patched afterwards.
     std::uint64_t headerAt = 0;
+    if (size <= s.chunk.size()) {
+        const std::span<std::uint8_t> whole(s.chunk.data(), static_cast<std::size_t>(size));
+        if (auto read = readInto(whole); !read) {
+            return read;
+        }
+        const std::uint32_t crc = CRC32::checksum(whole);
+        if (auto started = s.begin(name, size, crc, headerAt); !started) {
+            return started;
+        }
+        if (!s.write(whole)) {
+            return s.failWith(Code::writeFailed, errno);
+        }
+        s.layout.setLastCrc(crc);
+        return {};
+    }
+
     if (auto started = s.begin(name, size, 0, headerAt); !started) {
         return started;
     }
-    Bytes chunk(static_cast<std::size_t>(std::min<std::uint64_t>(size, kChunk)));
     std::uint32_t crc = 0;
     for (std::uint64_t done = 0; done < size;) {
-        const auto want = static_cast<std::size_t>(std::min<std::uint64_t>(size - done, chunk.size()));
-        const ssize_t n = ::read(in.get(), chunk.data(), want);
-        if (n < 0 && errno == EINTR) {
-            continue;
+        const std::span<std::uint8_t> piece(
+            s.chunk.data(), static_cast<std::size_t>(std::min<std::uint64_t>(size - done, s.chunk.size())));
+        if (auto read = readInto(piece); !read) {
+            return read;
         }
-        if (n < 0) {
-            return s.failWith(Code::sourceUnreadable, errno, source);
-        }
-        if (n == 0) {
-            return s.failWith(Code::sourceChanged, 0, source);
-        }
-        const ByteView piece(chunk.data(), static_cast<std::size_t>(n));
         crc = CRC32::update(crc, piece);
         if (!s.write(piece)) {
             return s.failWith(Code::writeFailed, errno);
         }
-        done += static_cast<std::size_t>(n);
+        done += piece.size();
     }
 
     Bytes crcField;

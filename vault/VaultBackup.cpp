@@ -106,6 +106,17 @@ Result<void, VaultError> VaultStore::restoreBackup(const std::filesystem::path& 
     auto sealed = reader->read(*documentEntry);
     if (!sealed) return archiveFailure(sealed.error());
     return install(std::move(key).value(), *sealed, [&](const std::filesystem::path& folder) -> Result<void, VaultError> {
+        if (m_setup.files.isNative()) {
+            // Straight from the archive to disk, one chunk in memory; the
+            // folder is flushed once, before the document makes the vault real.
+            for (const ZipEntry* entry : blobs) {
+                const auto name = entry->name.substr(kBlobsPrefix.size());
+                if (auto copied = reader->copyTo(*entry, folder / name, ZipFileReader::FolderFlush::deferred); !copied)
+                    return archiveFailure(copied.error());
+            }
+            ZipFileReader::flushFolder(folder);
+            return {};
+        }
         for (const ZipEntry* entry : blobs) {
             auto blob = reader->read(*entry);
             if (!blob) return archiveFailure(blob.error());

@@ -1,11 +1,13 @@
 #include "documents/ZipReader.h"
 #include "documents/ZipWriter.h"
 #include "platform/linux/PosixFileSystem.h"
+#include "platform/memory/InMemoryFileSystem.h"
 #include "platform/memory/InMemorySecretStore.h"
 #include "vault/VaultStore.h"
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <fstream>
 #include <iterator>
 
@@ -78,6 +80,85 @@ TEST(VaultBackup, RestoresOnAFreshDeviceWithEveryRecordAndLiveDocumentOnce) {
     ASSERT_TRUE(copy);
     EXPECT_EQ(fileBytes(*copy), Bytes(asBytes("licence scan").begin(), asBytes("licence scan").end()));
     EXPECT_EQ(restored.restoreBackup(*archive, "pass phrase").error().code, VaultError::Code::vaultExists);
+}
+
+// Made by Python's zipfile and cryptography (data/make_golden.py), not by us.
+TEST(VaultBackup, RestoresABackupAnotherImplementationWrote) {
+    const fs::path golden = fs::path(CORVALE_TEST_DATA_DIR) / "golden-backup.pbbackup";
+    Bytes expectedScan(asBytes("%PDF-1.4\n% golden licence scan\n").begin(),
+                       asBytes("%PDF-1.4\n% golden licence scan\n").end());
+    for (int i = 0; i < 256; ++i) expectedScan.push_back(static_cast<std::uint8_t>(i));
+
+    const auto check = [&](VaultStore& store, fs::path& plainCopy) {
+        ASSERT_FALSE(store.restoreBackup(golden, "correct horse battery staple"));
+        const auto restored = store.restoreBackup(golden, "correct horse battery staple \u2713");
+        ASSERT_TRUE(restored) << restored.error().message();
+        const VaultDocument& doc = store.doc();
+        EXPECT_EQ(doc.vaultId, "7d0c5a8e-3f1b-4c2a-9e6d-0b1a2c3d4e5f");
+        ASSERT_EQ(doc.people.size(), 1u);
+        EXPECT_EQ(doc.people[0].name, "Dana Whitfield");
+        ASSERT_EQ(doc.credentials.size(), 1u);
+        EXPECT_EQ(doc.credentials[0].expiresOn, Day::parse("2027-06-30"));
+        ASSERT_EQ(doc.cme.size(), 1u);
+        EXPECT_EQ(doc.cme[0].hours, 7.0);
+        const auto copy = store.temporaryFile("d-golden");
+        ASSERT_TRUE(copy) << copy.error().message();
+        plainCopy = *copy;
+    };
+
+    DiskDevice disk;
+    VaultStore onDisk(disk.setup());
+    fs::path diskCopy;
+    check(onDisk, diskCopy);
+    if (HasFatalFailure()) return;
+    EXPECT_EQ(fileBytes(diskCopy), expectedScan);
+
+    // The same archive into a file system that is not the disk takes the other path.
+    InMemoryFileSystem memory;
+    InMemorySecretStore secrets;
+    FixedClock clock{std::chrono::system_clock::time_point{} + 1'795'003'200s};
+    ManualScheduler scheduler;
+    UnavailableAuthenticator authenticator;
+    // Plain copies always land on the real disk, for the viewer to open.
+    VaultStore inMemory({memory, secrets, clock, scheduler, authenticator, "/share", "/prefs.json", disk.home});
+    fs::path memoryCopy;
+    check(inMemory, memoryCopy);
+    if (HasFatalFailure()) return;
+    EXPECT_EQ(fileBytes(memoryCopy), expectedScan);
+    EXPECT_TRUE(memory.exists(fs::path("/share") / "Corvale/Vault/blobs" /
+                              "0bc72d96495b6fab65e4ca75f64f1fec6f927682bc95ee17c70161cb53913f4c.pbb"));
+}
+
+TEST(VaultBackup, ADamagedBlobStopsTheRestoreWithoutAVault) {
+    DiskDevice office;
+    VaultStore store(office.setup());
+    Onboarding onboarding;
+    onboarding.owner.name = "Ana Ruiz";
+    onboarding.owner.degree = "MD";
+    ASSERT_TRUE(store.create(onboarding));
+    ASSERT_TRUE(store.addDocument(Bytes(4096, 0x5A), DocumentRecord{}));
+    const auto archive = store.exportBackup("pass phrase");
+    ASSERT_TRUE(archive);
+
+    // Flip a byte inside the blob's data; the directory still lists it whole.
+    Bytes bytes = fileBytes(*archive);
+    const auto entries = ZipReader::entries(bytes);
+    const auto blob = std::find_if(entries.begin(), entries.end(), [](const auto& e) { return e.first.starts_with("blobs/"); });
+    ASSERT_NE(blob, entries.end());
+    const auto at = std::search(bytes.begin(), bytes.end(), blob->second.begin(), blob->second.end());
+    ASSERT_NE(at, bytes.end());
+    at[100] ^= 0x01;
+    std::ofstream(*archive, std::ios::binary | std::ios::trunc)
+        .write(reinterpret_cast<const char*>(bytes.data()), static_cast<std::streamsize>(bytes.size()));
+
+    DiskDevice fresh;
+    VaultStore restored(fresh.setup());
+    const auto result = restored.restoreBackup(*archive, "pass phrase");
+    ASSERT_FALSE(result);
+    EXPECT_EQ(result.error().code, VaultError::Code::archive);
+    EXPECT_EQ(restored.phase(), VaultPhase::welcome);
+    EXPECT_FALSE(fs::exists(restored.vaultDirectory() / "vault.pbv"));
+    EXPECT_EQ(fresh.secrets.itemCount(), 0u);
 }
 
 TEST(VaultBackup, AnArchiveThatIsNotABackupChangesNothing) {

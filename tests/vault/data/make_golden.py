@@ -8,6 +8,7 @@ import base64
 import hashlib
 import json
 import pathlib
+import zipfile
 
 from cryptography.hazmat.primitives.ciphers.aead import AESGCM
 
@@ -49,6 +50,38 @@ key_file = {
 blob_plain = b"%PDF-1.4\n% golden licence scan\n" + bytes(range(256))
 blob_hash = hashlib.sha256(blob_plain).hexdigest()
 (HERE / "golden-blob.pbb").write_bytes(seal(blob_plain, vault_key, bytes(range(0xC0, 0xCC))))
+
+# A whole backup: Python's own zipfile writes the archive, holding the key file
+# above, a vault document sealed under its key, and the blob that document
+# points at. Entry order and timestamps differ from ours on purpose.
+vault_document = {
+    "format": "pembrose-vault",
+    "version": 1,
+    "vaultId": key_file["vaultId"],
+    "people": [{"id": "p-golden", "name": "Dana Whitfield", "degree": "NP", "primaryState": "OR"}],
+    "credentials": [
+        {"id": "c-golden", "personId": "p-golden", "kind": "stateLicense", "state": "OR",
+         "number": "201912345RN", "issuedOn": "2019-06-01", "expiresOn": "2027-06-30"}
+    ],
+    "cme": [
+        {"id": "m-golden", "personId": "p-golden", "title": "Pain management update", "hours": 7, "category": "ce",
+         "completedOn": "2026-02-10"}
+    ],
+    "documents": [
+        {"id": "d-golden", "personId": "p-golden", "filename": "licence.pdf", "contentType": "application/pdf",
+         "blobHash": blob_hash, "addedAt": "2025-03-01T14:06:00Z", "size": len(blob_plain)}
+    ],
+    "packets": [],
+    "healthRecords": [],
+}
+sealed_document = seal(json.dumps(vault_document).encode("utf-8"), vault_key, bytes(range(0xD0, 0xDC)))
+with zipfile.ZipFile(HERE / "golden-backup.pbbackup", "w", compression=zipfile.ZIP_STORED) as archive:
+    def add(name: str, data: bytes) -> None:
+        archive.writestr(zipfile.ZipInfo(name, date_time=(2025, 3, 1, 14, 7, 0)), data)
+
+    add("vault.key", (HERE / "golden-key.json").read_bytes())
+    add("blobs/" + blob_hash + ".pbb", (HERE / "golden-blob.pbb").read_bytes())
+    add("vault.pbv", sealed_document)
 
 print("blob sha256:", blob_hash)
 print("pbkdf2 310000:", hashlib.pbkdf2_hmac("sha256", passphrase.encode("utf-8"), salt, 310000, 32).hex())
