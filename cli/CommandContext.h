@@ -24,6 +24,8 @@ struct Session {
     std::ostream& out;
     std::ostream& err;
     PassphrasePrompt prompt;
+    const Requirements& requirements;
+    const StateFees& fees;
 
     int failed(std::string_view message) {
         err << message << '\n';
@@ -86,6 +88,14 @@ struct DocumentOptions {
     std::filesystem::path file;
     std::optional<std::string> person, kind;
 };
+
+struct RulesOptions {
+    std::string state;
+    std::optional<std::string> profession;
+};
+
+int runRules(Session& session, const RulesOptions& options, bool json);
+int runFees(Session& session, const std::vector<std::string>& states, bool json);
 
 int runInit(Session& session, const InitOptions& options);
 int runStatus(Session& session, bool json);

@@ -187,9 +187,11 @@ int runCommandLine(std::vector<std::string> args, std::istream& in, std::ostream
 }
 
 int runCommandLine(std::vector<std::string> args, std::istream& in, std::ostream& out, std::ostream& err,
-                   VaultStoreSetup setup, PassphrasePrompt prompt) {
+                   VaultStoreSetup setup, PassphrasePrompt prompt, StateData data) {
     using namespace cli;
-    Session session{setup, in, out, err, std::move(prompt)};
+    Session session{setup, in, out, err, std::move(prompt),
+                    data.requirements ? *data.requirements : Requirements::shared(),
+                    data.fees ? *data.fees : StateFees::shared()};
 
     CLI::App app("Corvale: licences, CME and documents in an encrypted vault on this machine.", "corvale");
     app.require_subcommand(1);
@@ -342,6 +344,19 @@ int runCommandLine(std::vector<std::string> args, std::istream& in, std::ostream
     join->add_option("FOLDER", joinFolder, "The folder")->required();
     addPassphraseStdin(join);
     join->callback([&] { action = [&] { return runJoin(session, joinFolder, passphraseStdin); }; });
+
+    RulesOptions rules;
+    auto* rulesCommand = app.add_subcommand("rules", "Show a state's renewal and education rules");
+    rulesCommand->add_option("STATE", rules.state, "Two-letter state code")->required();
+    rulesCommand->add_option("--profession", rules.profession, "MD, DO, NP, PA, CRNA, CAA, RN, LPN, CNM or CNS");
+    addJSON(rulesCommand);
+    rulesCommand->callback([&] { action = [&] { return runRules(session, rules, json); }; });
+
+    std::vector<std::string> feeStates;
+    auto* fees = app.add_subcommand("fees", "Compare licence fees, processing times and IMLC membership");
+    fees->add_option("STATE", feeStates, "Two-letter state codes")->required();
+    addJSON(fees);
+    fees->callback([&] { action = [&] { return runFees(session, feeStates, json); }; });
 
     bool yes = false;
     auto* erase = app.add_subcommand("erase", "Erase the vault, its documents and its key from this device");

@@ -2,6 +2,7 @@
 // The `corvale` command line, as a library so tests run it in-process
 // against in-memory fakes.
 
+#include "requirements/Requirements.h"
 #include "vault/VaultStore.h"
 
 #include <functional>
@@ -19,11 +20,18 @@ using PassphrasePrompt = std::function<std::optional<std::string>(std::string_vi
 // Prompts on /dev/tty with echo off, so a passphrase never lands in scrollback.
 std::optional<std::string> promptOnTerminal(std::string_view prompt);
 
+// The state data files the rules and fees commands read; the ones delivered
+// with the program unless a caller gives others.
+struct StateData {
+    const Requirements* requirements = nullptr;
+    const StateFees* fees = nullptr;
+};
+
 // `args` leaves out the program name. Returns 0 on success, 1 when the vault
 // refuses (its message on `err`), 2 for a usage error.
 int runCommandLine(std::vector<std::string> args, std::istream& in, std::ostream& out, std::ostream& err,
                    VaultStoreSetup setup);
 int runCommandLine(std::vector<std::string> args, std::istream& in, std::ostream& out, std::ostream& err,
-                   VaultStoreSetup setup, PassphrasePrompt prompt);
+                   VaultStoreSetup setup, PassphrasePrompt prompt, StateData data = {});
 
 }  // namespace corvale

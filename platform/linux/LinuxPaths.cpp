@@ -62,3 +62,15 @@ std::filesystem::path temporaryDirectory() {
 }
 
 }  // namespace corvale::paths
+
+namespace corvale::paths {
+
+std::vector<std::filesystem::path> resourceDirectories() {
+    std::error_code error;
+    const auto executable = std::filesystem::read_symlink("/proc/self/exe", error);
+    if (error) return {};
+    const auto folder = executable.parent_path();
+    return {folder / "resources", folder.parent_path() / "resources", folder.parent_path() / "share" / "corvale"};
+}
+
+}  // namespace corvale::paths
