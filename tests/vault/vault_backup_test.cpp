@@ -42,13 +42,17 @@ Bytes fileBytes(const fs::path& path) {
     return Bytes(std::istreambuf_iterator<char>(in), {});
 }
 
-TEST(VaultBackup, RestoresOnAFreshDeviceWithEveryRecordAndLiveDocumentOnce) {
-    DiskDevice office;
-    VaultStore store(office.setup());
+Onboarding anaRuiz() {
     Onboarding onboarding;
     onboarding.owner.name = "Ana Ruiz";
     onboarding.owner.degree = "MD";
-    ASSERT_TRUE(store.create(onboarding));
+    return onboarding;
+}
+
+TEST(VaultBackup, RestoresOnAFreshDeviceWithEveryRecordAndLiveDocumentOnce) {
+    DiskDevice office;
+    VaultStore store(office.setup());
+    ASSERT_TRUE(store.create(anaRuiz()));
     const auto licence = store.addDocument(asBytes("licence scan"), DocumentRecord{});
     const auto sameScan = store.addDocument(asBytes("licence scan"), DocumentRecord{});
     const auto dropped = store.addDocument(asBytes("old CV"), DocumentRecord{});
@@ -132,10 +136,7 @@ TEST(VaultBackup, RestoresABackupAnotherImplementationWrote) {
 TEST(VaultBackup, ADamagedBlobStopsTheRestoreWithoutAVault) {
     DiskDevice office;
     VaultStore store(office.setup());
-    Onboarding onboarding;
-    onboarding.owner.name = "Ana Ruiz";
-    onboarding.owner.degree = "MD";
-    ASSERT_TRUE(store.create(onboarding));
+    ASSERT_TRUE(store.create(anaRuiz()));
     ASSERT_TRUE(store.addDocument(Bytes(4096, 0x5A), DocumentRecord{}));
     const auto archive = store.exportBackup("pass phrase");
     ASSERT_TRUE(archive);
