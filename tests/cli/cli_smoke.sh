@@ -35,4 +35,7 @@ check "wrong passphrase" 1 $?
 set -e
 printf 'smoke pass\n' | "$corvale" backup restore "$archive" --passphrase-stdin
 check "restored" "{$counts,\"phase\":\"ready\",\"vaultId\":\"$vault_id\"}" "$("$corvale" status --json)"
+# The state data is found beside the program, as an installed one finds it in share/corvale.
+check "rules beside the program" "Texas (TX)" "$("$corvale" rules tx --profession rn | head -n 1)"
+check "fees beside the program" 1 "$("$corvale" fees TX --json | grep -c '"applicationFee":817')"
 echo "cli smoke passed"
