@@ -1,14 +1,18 @@
 #pragma once
 // What every benchmark here shares: a reporter that remembers each result so
-// it can be set beside its floor, and the peak resident memory of one piece of work.
+// it can be set beside its floor, the peak resident memory of one piece of
+// work, and the plain file copies that archive work is measured against.
 
 #include <benchmark/benchmark.h>
+#include <fcntl.h>
 #include <malloc.h>
+#include <unistd.h>
 
 #include <cstddef>
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
+#include <filesystem>
 #include <map>
 #include <string>
 #include <vector>
@@ -59,6 +63,38 @@ std::size_t peakResidentAbove(Work&& work) {
     const std::size_t before = statusBytes("VmRSS:");
     work();
     return statusBytes("VmHWM:") - before;
+}
+
+inline const char* verdict(bool met) { return met ? "met" : "MISSED"; }
+
+// Appends `from` to `out` through `buffer`, as plainly as a copy can be.
+inline void appendFile(int out, const std::filesystem::path& from, std::vector<char>& buffer) {
+    const int in = ::open(from.c_str(), O_RDONLY | O_CLOEXEC);
+    for (ssize_t n; (n = ::read(in, buffer.data(), buffer.size())) > 0;) {
+        if (::write(out, buffer.data(), static_cast<std::size_t>(n)) != n) std::abort();
+    }
+    ::close(in);
+}
+
+// The floor of writing an archive: the same files concatenated into one, flushed once.
+inline void concatenate(const std::vector<std::filesystem::path>& sources, const std::filesystem::path& target,
+                        std::vector<char>& buffer) {
+    const int out = ::open(target.c_str(), O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC, 0600);
+    for (const auto& source : sources) appendFile(out, source, buffer);
+    ::fsync(out);
+    ::close(out);
+}
+
+// The floor of unpacking one: each file copied under its own name into `folder`, each flushed.
+inline void copyEach(const std::vector<std::filesystem::path>& sources, const std::filesystem::path& folder,
+                     std::vector<char>& buffer) {
+    for (const auto& source : sources) {
+        const auto path = folder / source.filename();
+        const int out = ::open(path.c_str(), O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC, 0600);
+        appendFile(out, source, buffer);
+        ::fsync(out);
+        ::close(out);
+    }
 }
 
 }  // namespace corvale::bench

@@ -82,16 +82,6 @@ void extractArchive(ZipFileReader::FolderFlush flush) {
     if (flush == ZipFileReader::FolderFlush::deferred) ZipFileReader::flushFolder(f.directory / "out");
 }
 
-// Appends `from` to `out` in the same chunks our writer reads.
-void copyInto(int out, const fs::path& from, std::vector<char>& chunk) {
-    const int in = ::open(from.c_str(), O_RDONLY | O_CLOEXEC);
-    ssize_t n = 0;
-    while ((n = ::read(in, chunk.data(), chunk.size())) > 0) {
-        if (::write(out, chunk.data(), static_cast<std::size_t>(n)) != n) std::abort();
-    }
-    ::close(in);
-}
-
 // A restore makes new files, so every run starts from an empty folder.
 void emptyFolder(benchmark::State& state, const fs::path& folder) {
     state.PauseTiming();
@@ -111,11 +101,7 @@ void BM_ArchiveFloor(benchmark::State& state) {
     auto& f = fixture();
     std::vector<char> chunk(kChunk);
     for (auto _ : state) {
-        const fs::path path = f.directory / "floor.bin";
-        const int out = ::open(path.c_str(), O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC, 0600);
-        for (const auto& source : f.sources) copyInto(out, source, chunk);
-        ::fsync(out);
-        ::close(out);
+        bench::concatenate(f.sources, f.directory / "floor.bin", chunk);
     }
     state.SetBytesProcessed(state.iterations() * kFiles * static_cast<std::int64_t>(kFileSize));
 }
@@ -146,13 +132,7 @@ void BM_ExtractFloor(benchmark::State& state) {
     std::vector<char> chunk(kChunk);
     for (auto _ : state) {
         emptyFolder(state, f.directory / "plain");
-        for (int i = 0; i < kFiles; ++i) {
-            const fs::path path = f.directory / "plain" / (std::to_string(i) + ".pbb");
-            const int out = ::open(path.c_str(), O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC, 0600);
-            copyInto(out, f.sources[i], chunk);
-            ::fsync(out);
-            ::close(out);
-        }
+        bench::copyEach(f.sources, f.directory / "plain", chunk);
     }
     state.SetBytesProcessed(state.iterations() * kFiles * static_cast<std::int64_t>(kFileSize));
 }
@@ -186,7 +166,7 @@ int main(int argc, char** argv) {
     const double archiveRatio = reporter.time("BM_ArchiveFloor") / reporter.time("BM_Archive");
     const double extractRatio = reporter.time("BM_ExtractFloor") / reporter.time("BM_ExtractBatch");
     const double extractEachRatio = reporter.time("BM_ExtractFloor") / reporter.time("BM_Extract");
-    const auto verdict = [](bool met) { return met ? "met" : "MISSED"; };
+    using bench::verdict;
     std::printf("\narchive throughput / copying   %5.2fx  (goal >= 0.8x)  %s\n", archiveRatio,
                 verdict(archiveRatio >= 0.8));
     std::printf("extract throughput / copying   %5.2fx  (goal >= 0.8x)  %s\n", extractRatio,

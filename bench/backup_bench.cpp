@@ -83,14 +83,6 @@ std::int64_t sealedBytes() {
     return total;
 }
 
-void copyInto(int out, const fs::path& source, std::vector<char>& buffer) {
-    const int in = ::open(source.c_str(), O_RDONLY | O_CLOEXEC);
-    for (ssize_t n; (n = ::read(in, buffer.data(), buffer.size())) > 0;) {
-        if (::write(out, buffer.data(), static_cast<std::size_t>(n)) != n) std::abort();
-    }
-    ::close(in);
-}
-
 void BM_Export(benchmark::State& state) {
     auto& f = fixture();
     for (auto _ : state) {
@@ -103,10 +95,7 @@ void BM_ExportFloor(benchmark::State& state) {
     auto& f = fixture();
     std::vector<char> buffer(1 << 20);
     for (auto _ : state) {
-        const int out = ::open((f.root / "copy.bin").c_str(), O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC, 0600);
-        for (const auto& blob : f.blobs) copyInto(out, blob, buffer);
-        ::fsync(out);
-        ::close(out);
+        bench::concatenate(f.blobs, f.root / "copy.bin", buffer);
     }
     state.SetBytesProcessed(state.iterations() * sealedBytes());
 }
@@ -138,12 +127,7 @@ void BM_RestoreFloor(benchmark::State& state) {
         fs::remove_all(folder);
         fs::create_directories(folder);
         state.ResumeTiming();
-        for (const auto& blob : f.blobs) {
-            const int out = ::open((folder / blob.filename()).c_str(), O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC, 0600);
-            copyInto(out, blob, buffer);
-            ::fsync(out);
-            ::close(out);
-        }
+        bench::copyEach(f.blobs, folder, buffer);
     }
     state.SetBytesProcessed(state.iterations() * sealedBytes());
 }
@@ -176,7 +160,7 @@ int main(int argc, char** argv) {
     const double exportRatio = reporter.ratio("BM_ExportFloor", "BM_Export");
     const double restoreRatio = reporter.ratio("BM_RestoreFloor", "BM_Restore");
     const double budget = 64.0 * (1 << 20) + kDocumentSize;
-    const auto verdict = [](bool met) { return met ? "met" : "MISSED"; };
+    using bench::verdict;
     std::printf("\nexport throughput   %5.2fx copying  (goal >= 0.8x)  %s\n", exportRatio, verdict(exportRatio >= 0.8));
     std::printf("restore throughput  %5.2fx copying  (goal >= 0.8x)  %s\n", restoreRatio, verdict(restoreRatio >= 0.8));
     std::printf("export peak memory  %6.1f MB  (goal < 64 MiB + one document)  %s\n", static_cast<double>(exportPeak) / 1e6,

@@ -285,7 +285,7 @@ int main(int argc, char** argv) {
 
     const double openRatio = reporter.time("BM_Open") / reporter.time("BM_OpenFloor");
     const double saveRatio = reporter.time("BM_Save") / reporter.time("BM_SaveFloor");
-    const auto verdict = [](bool met) { return met ? "met" : "MISSED"; };
+    using bench::verdict;
     std::printf("\nopen / floor        %5.2fx  (goal < 2.5x)  %s\n", openRatio, verdict(openRatio < 2.5));
     std::printf("save / floor        %5.2fx  (goal < 3.0x)  %s\n", saveRatio, verdict(saveRatio < 3.0));
     const auto report = [&](const char* name, const Peak& peak) {

@@ -1,4 +1,5 @@
 #include "cli/Commands.h"
+#include "records/AsciiCase.h"
 
 #include "cli/CommandContext.h"
 #include "records/CredentialKind.h"
@@ -62,16 +63,23 @@ CLI::Validator dayValidator() {
 }
 
 // Upper-cases in place, so "ca" is stored as the board writes it.
+}  // namespace
+
+std::string notAState(std::string_view text) {
+    return "'" + std::string(text) + "' isn't a state; use its two-letter code, like CA.";
+}
+
+namespace {
+
 CLI::Validator stateValidator() {
     return CLI::Validator(
         [](std::string& text) -> std::string {
             const bool letters = text.size() == 2 && std::all_of(text.begin(), text.end(),
                                                                  [](unsigned char c) { return std::isalpha(c) != 0; });
             if (!letters) {
-                return "'" + text + "' isn't a state; use its two-letter code, like CA.";
+                return notAState(text);
             }
-            std::transform(text.begin(), text.end(), text.begin(),
-                           [](unsigned char c) { return static_cast<char>(std::toupper(c)); });
+            text = asciiUpper(text);
             return "";
         },
         "XX");

@@ -1,6 +1,7 @@
 // rules and fees: what the delivered state data says, for one state or a few.
 
 #include "cli/CommandContext.h"
+#include "records/AsciiCase.h"
 #include "records/JSONWriter.h"
 #include "requirements/NurseCompact.h"
 #include "requirements/USState.h"
@@ -14,16 +15,11 @@
 namespace corvale::cli {
 namespace {
 
-std::string upper(std::string text) {
-    std::transform(text.begin(), text.end(), text.begin(), [](unsigned char c) { return std::toupper(c); });
-    return text;
-}
-
 std::optional<Degree> professionFromText(const std::string& text) {
-    const std::string wanted = upper(text);
+    const std::string wanted = asciiUpper(text);
     for (const Degree degree : allDegrees()) {
-        if (upper(std::string(rawValue(degree))) == wanted) return degree;
-        if (const auto code = professionCode(degree); code && upper(std::string(*code)) == wanted) return degree;
+        if (asciiUpper(rawValue(degree)) == wanted) return degree;
+        if (const auto code = professionCode(degree); code && asciiUpper(*code) == wanted) return degree;
     }
     return wanted == "LVN" || wanted == "LPN/LVN" ? std::optional(Degree::lpn) : std::nullopt;
 }
@@ -196,7 +192,7 @@ void printProfession(std::ostream& out, const StateRule& state, Degree degree, c
 std::optional<std::string> knownState(Session& session, const std::string& text, int& status) {
     const auto state = USState::find(text);
     if (!state) {
-        status = session.usage("'" + text + "' isn't a state; use its two-letter code, like CA.");
+        status = session.usage(notAState(text));
         return std::nullopt;
     }
     return std::string(state->code);

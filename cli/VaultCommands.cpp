@@ -1,6 +1,7 @@
 // init, documents, backups, key files, join and erase: the vault's life cycle.
 
 #include "cli/CommandContext.h"
+#include "records/AsciiCase.h"
 #include "records/VaultDocument.h"
 
 #include <algorithm>
@@ -11,9 +12,7 @@ namespace corvale::cli {
 namespace {
 
 std::string contentTypeFor(const std::filesystem::path& file) {
-    std::string extension = file.extension().string();
-    std::transform(extension.begin(), extension.end(), extension.begin(),
-                   [](unsigned char c) { return static_cast<char>(std::tolower(c)); });
+    const std::string extension = asciiLower(file.extension().string());
     constexpr std::pair<std::string_view, std::string_view> kTypes[] = {
         {".pdf", "application/pdf"}, {".png", "image/png"},   {".jpg", "image/jpeg"},
         {".jpeg", "image/jpeg"},     {".heic", "image/heic"}, {".txt", "text/plain"},

@@ -1,4 +1,5 @@
 #include "requirements/NurseCompact.h"
+#include "records/AsciiCase.h"
 
 #include "records/CredentialKind.h"
 #include "requirements/RuleData.h"
@@ -17,14 +18,8 @@ constexpr std::array<std::string_view, 40> kMembers{
     "NH", "NJ", "NM", "NC", "ND", "OH", "OK", "PA", "RI", "SC", "SD", "TN", "TX", "UT", "VT", "VA", "WA", "WV", "WI", "WY"};
 constexpr std::array<std::string_view, 3> kPending{"MA", "GU", "VI"};
 
-std::string upper(std::string_view text) {
-    std::string out(text);
-    std::transform(out.begin(), out.end(), out.begin(), [](unsigned char c) { return std::toupper(c); });
-    return out;
-}
-
 bool contains(std::span<const std::string_view> list, std::string_view code) {
-    return std::find(list.begin(), list.end(), upper(code)) != list.end();
+    return std::find(list.begin(), list.end(), asciiUpper(code)) != list.end();
 }
 
 std::string reviewedDate() { return Day::parse(kLastReviewed)->formatted(); }
@@ -72,7 +67,7 @@ std::vector<std::string> coverage(std::string_view state, std::span<const Creden
         if (isLiveStateLicense(license)) held.push_back(&license);
 
     const auto issuedHere = std::find_if(held.begin(), held.end(), [&](const Credential* c) {
-        return upper(*c->state) == upper(state);
+        return asciiUpper(*c->state) == asciiUpper(state);
     });
     if (issuedHere != held.end()) {
         sentences.push_back("You hold " + labelWithArticle(**issuedHere, personDegree) +
@@ -122,7 +117,7 @@ std::vector<std::string> coverage(std::string_view state, std::span<const Creden
 }
 
 std::optional<std::string> moveNote(std::string_view from, std::string_view to) {
-    if (to.empty() || upper(to) == upper(from)) return std::nullopt;
+    if (to.empty() || asciiUpper(to) == asciiUpper(from)) return std::nullopt;
     const std::string next = USState::nameOf(to);
     const std::string old = from.empty() ? "your old home state" : USState::nameOf(from);
     if (!isMember(to)) {

@@ -1,4 +1,5 @@
 #include "requirements/RuleData.h"
+#include "records/AsciiCase.h"
 
 #include <algorithm>
 #include <cctype>
@@ -8,22 +9,10 @@ namespace corvale {
 
 namespace {
 
-std::string upper(std::string_view text) {
-    std::string out(text);
-    std::transform(out.begin(), out.end(), out.begin(), [](unsigned char c) { return std::toupper(c); });
-    return out;
-}
-
-std::string lower(std::string_view text) {
-    std::string out(text);
-    std::transform(out.begin(), out.end(), out.begin(), [](unsigned char c) { return std::tolower(c); });
-    return out;
-}
-
 template <class Entry>
 const Entry* findByCode(const std::vector<Entry>& entries, std::string_view code) {
     if (code.empty()) return nullptr;
-    const std::string wanted = upper(code);
+    const std::string wanted = asciiUpper(code);
     const auto found = std::find_if(entries.begin(), entries.end(), [&](const Entry& e) { return e.code == wanted; });
     return found == entries.end() ? nullptr : &*found;
 }
@@ -49,7 +38,7 @@ bool isPhysician(Degree d) { return d == Degree::md || d == Degree::doctor; }
 
 bool TopicRule::isOneTime() const {
     if (frequency) return *frequency == "once" || *frequency == "firstRenewal";
-    return note && lower(*note).find("one-time") != std::string::npos;
+    return note && asciiLower(*note).find("one-time") != std::string::npos;
 }
 
 bool ResolvedRule::noCERequired() const { return rule.hours && *rule.hours == 0 && !rule.hasTopics(); }

@@ -1,8 +1,8 @@
 #include "requirements/USState.h"
+#include "records/AsciiCase.h"
 
 #include <algorithm>
 #include <array>
-#include <cctype>
 
 namespace corvale {
 
@@ -31,11 +31,9 @@ constexpr std::array<USState, 56> kStates{{
 std::span<const USState> USState::all() { return kStates; }
 
 std::optional<USState> USState::find(std::string_view code) {
-    if (code.size() != 2) return std::nullopt;
-    const char wanted[2] = {static_cast<char>(std::toupper(static_cast<unsigned char>(code[0]))),
-                            static_cast<char>(std::toupper(static_cast<unsigned char>(code[1])))};
-    const auto found = std::find_if(kStates.begin(), kStates.end(),
-                                    [&](const USState& s) { return s.code == std::string_view(wanted, 2); });
+    const std::string wanted = asciiUpper(code);
+    const auto found =
+        std::find_if(kStates.begin(), kStates.end(), [&](const USState& s) { return s.code == wanted; });
     if (found == kStates.end()) return std::nullopt;
     return *found;
 }
