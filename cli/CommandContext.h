@@ -97,6 +97,14 @@ struct RulesOptions {
     std::optional<std::string> profession;
 };
 
+struct ProgressOptions {
+    std::optional<std::string> person;
+    std::optional<Day> asOf;  // plan toward this day instead of today
+};
+
+int runToday(Session& session, const ProgressOptions& options, bool json);
+int runProgress(Session& session, const ProgressOptions& options, bool json);
+
 int runRules(Session& session, const RulesOptions& options, bool json);
 int runFees(Session& session, const std::vector<std::string>& states, bool json);
 

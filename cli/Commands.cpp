@@ -62,7 +62,6 @@ CLI::Validator dayValidator() {
         "YYYY-MM-DD");
 }
 
-// Upper-cases in place, so "ca" is stored as the board writes it.
 }  // namespace
 
 std::string notAState(std::string_view text) {
@@ -71,6 +70,7 @@ std::string notAState(std::string_view text) {
 
 namespace {
 
+// Upper-cases in place, so "ca" is stored as the board writes it.
 CLI::Validator stateValidator() {
     return CLI::Validator(
         [](std::string& text) -> std::string {
@@ -365,6 +365,30 @@ int runCommandLine(std::vector<std::string> args, std::istream& in, std::ostream
     fees->add_option("STATE", feeStates, "Two-letter state codes")->required();
     addJSON(fees);
     fees->callback([&] { action = [&] { return runFees(session, feeStates, json); }; });
+
+    ProgressOptions progress;
+    std::string progressPerson, asOf;
+    const auto addProgressOptions = [&](CLI::App* command) {
+        command->add_option("--person", progressPerson, "Only this person's records (their id)");
+        command->add_option("--as-of", asOf, "Where things will stand on this day")->check(dayValidator());
+        addJSON(command);
+    };
+    const auto progressOptions = [&](CLI::App* command) {
+        progress.person = given(command->get_option("--person"), progressPerson);
+        progress.asOf = givenDay(command->get_option("--as-of"), asOf);
+    };
+    auto* today = app.add_subcommand("today", "The standing score, what needs you and each licence's cycle");
+    addProgressOptions(today);
+    today->callback([&] {
+        progressOptions(today);
+        action = [&] { return runToday(session, progress, json); };
+    });
+    auto* progressCommand = app.add_subcommand("progress", "Every licence's education cycle in full");
+    addProgressOptions(progressCommand);
+    progressCommand->callback([&] {
+        progressOptions(progressCommand);
+        action = [&] { return runProgress(session, progress, json); };
+    });
 
     bool yes = false;
     auto* erase = app.add_subcommand("erase", "Erase the vault, its documents and its key from this device");

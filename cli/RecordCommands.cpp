@@ -4,6 +4,7 @@
 #include "records/CredentialKind.h"
 #include "records/JSONReader.h"
 #include "records/JSONWriter.h"
+#include "records/RecordJSON.h"
 #include "records/VaultDocument.h"
 
 #include <algorithm>
@@ -42,16 +43,6 @@ template <class T>
 const T* findLive(const std::vector<T>& records, std::string_view id) {
     auto it = std::find_if(records.begin(), records.end(), [&](const T& r) { return !r.deleted && r.id == id; });
     return it == records.end() ? nullptr : &*it;
-}
-
-// Through the vault's own encoder, so --json prints exactly what the vault stores.
-template <class T>
-JSONValue::Array encodeRecords(std::vector<T> VaultDocument::*member, std::string_view key, std::vector<T> records) {
-    VaultDocument only;
-    only.*member = std::move(records);
-    auto parsed = parseJSON(encodeVaultDocument(only));
-    const JSONValue* found = parsed ? parsed->find(key) : nullptr;
-    return found && found->isArray() ? found->asArray() : JSONValue::Array{};
 }
 
 std::string text(const JSONValue& value) { return value.isString() ? value.asString() : writeJSON(value); }
@@ -208,10 +199,12 @@ int runList(Session& session, RecordList list, bool json) {
     if (auto opened = openRecords(store); !opened) {
         return session.failed(opened.error());
     }
-    return visitList(list, [&](auto member, std::string_view key, auto) {
+    return visitList(list, [&](auto member, std::string_view, auto) {
         auto records = live(store.doc().*member);
         if (json) {
-            session.out << writeJSON(encodeRecords(member, key, std::move(records))) << '\n';
+            JSONValue::Array array;
+            for (const auto& record : records) array.push_back(recordJSON(record));
+            session.out << writeJSON(JSONValue(std::move(array))) << '\n';
             return kSucceeded;
         }
         for (const auto& record : records) {
@@ -226,13 +219,12 @@ int runShow(Session& session, RecordList list, const std::string& id, bool json)
     if (auto opened = openRecords(store); !opened) {
         return session.failed(opened.error());
     }
-    return visitList(list, [&](auto member, std::string_view key, std::string_view noun) {
+    return visitList(list, [&](auto member, std::string_view, std::string_view noun) {
         const auto* record = findLive(store.doc().*member, id);
         if (!record) {
             return session.failed("No " + std::string(noun) + " has the id " + id + ".");
         }
-        const auto encoded = encodeRecords(member, key, {*record});
-        const JSONValue object = encoded.empty() ? JSONValue(JSONValue::Object{}) : encoded.front();
+        const JSONValue object = recordJSON(*record);
         if (json) {
             session.out << writeJSON(object) << '\n';
         } else if (object.isObject()) {

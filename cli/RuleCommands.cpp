@@ -4,6 +4,7 @@
 #include "records/AsciiCase.h"
 #include "records/JSONWriter.h"
 #include "requirements/NurseCompact.h"
+#include "requirements/ReadinessJSON.h"
 #include "requirements/USState.h"
 
 #include <algorithm>
@@ -76,57 +77,15 @@ void put(JSONObject& object, std::string_view key, const std::optional<T>& value
     if (value) object.emplace(std::string(key), JSONValue(*value));
 }
 
-JSONValue topicJSON(const TopicRule& topic, const Requirements& requirements) {
-    JSONObject object;
-    object.emplace("key", topic.key);
-    object.emplace("name", requirements.topicName(topic.key));
-    put(object, "hours", topic.hours);
-    put(object, "note", topic.note);
-    put(object, "frequency", topic.frequency);
-    put(object, "everyNCycles", topic.everyNCycles);
-    put(object, "everyYears", topic.everyYears);
-    put(object, "appliesTo", topic.appliesTo);
-    put(object, "boardApprovedOnly", topic.boardApprovedOnly);
-    object.emplace("isOneTime", topic.isOneTime());
-    return object;
-}
-
-JSONValue ruleJSON(const Rule& rule, const Requirements& requirements) {
-    JSONObject object;
-    put(object, "cycleYears", rule.cycleYears);
-    put(object, "hours", rule.hours);
-    put(object, "cat1Min", rule.cat1Min);
-    if (rule.topics) {
-        JSONValue::Array topics;
-        for (const auto& topic : *rule.topics) topics.push_back(topicJSON(topic, requirements));
-        object.emplace("topics", std::move(topics));
-    }
-    put(object, "renewalBasis", rule.renewalBasis);
-    put(object, "renewalYears", rule.renewalYears);
-    put(object, "renewalDate", rule.renewalDate);
-    put(object, "board", rule.board);
-    put(object, "boardURL", rule.boardURL);
-    put(object, "notes", rule.notes);
-    put(object, "verified", rule.verified);
-    put(object, "lastChecked", rule.lastChecked);
-    return object;
-}
-
 JSONValue professionJSON(const StateRule& state, Degree degree, const Requirements& requirements) {
     JSONObject object;
-    object.emplace("profession", std::string(rawValue(degree)));
-    const auto resolved = state.resolved(degree);
-    if (resolved) {
-        object.emplace("source", std::string(rawValue(resolved->source)));
-        object.emplace("rule", ruleJSON(resolved->rule, requirements));
-        put(object, "boardName", resolved->boardName);
-        put(object, "boardURL", resolved->boardURL);
-        put(object, "caveat", resolved->caveat(state.name));
-        object.emplace("noCERequired", resolved->noCERequired());
+    if (const auto resolved = state.resolved(degree)) {
+        object = resolvedRuleJSON(*resolved, requirements.file() ? &*requirements.file() : nullptr, state.name).asObject();
     } else if (const auto board = state.boardInfo(degree)) {
         put(object, "boardName", board->name);
         put(object, "boardURL", board->url);
     }
+    object.insert_or_assign("profession", std::string(rawValue(degree)));
     object.emplace("unknownRule", state.unknownRule(degree));
     if (const auto years = state.renewalYearsFor(degree)) object.emplace("renewalYears", *years);
     put(object, "renewalBasis", state.basis(degree));

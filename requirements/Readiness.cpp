@@ -1,0 +1,64 @@
+#include "requirements/Readiness.h"
+
+#include "requirements/Hours.h"
+
+#include <algorithm>
+#include <unordered_map>
+
+namespace corvale {
+
+Readiness Readiness::compute(const VaultDocument& document, const RequirementsFile* file, const Day& today,
+                             std::optional<std::string_view> personId) {
+    struct PersonView {
+        Degree degree = Degree::other;
+        bool deaHolder = false;
+        std::vector<const CMEActivity*> activities;
+    };
+    std::unordered_map<std::string_view, PersonView> people;
+    Readiness readiness;
+    StandingInput& input = readiness.input;
+    for (const Person& person : document.people) {
+        if (person.deleted || (personId && person.id != *personId)) continue;
+        people[person.id].degree = person.degreeValue().value_or(Degree::other);
+        input.personNames.emplace(person.id, person.name);
+    }
+    for (const Credential& credential : document.credentials) {
+        if (credential.deleted || credential.kind != "dea") continue;
+        if (const auto found = people.find(credential.personId); found != people.end()) found->second.deaHolder = true;
+    }
+    for (const CMEActivity& activity : document.cme) {
+        if (activity.deleted) continue;
+        if (const auto found = people.find(activity.personId); found != people.end()) {
+            found->second.activities.push_back(&activity);
+        }
+    }
+
+    for (const Credential& credential : document.credentials) {
+        if (credential.deleted || credential.kind != "stateLicense") continue;
+        const auto found = people.find(credential.personId);
+        if (found == people.end()) continue;
+        const PersonView& person = found->second;
+        auto progress = StateProgress::compute(credential, person.degree, person.activities, person.deaHolder, file, today);
+        if (!progress) continue;
+        if (progress->missingHours() > kHourTolerance) input.cmeGaps.push_back(StandingInput::CMEGap::from(*progress));
+        readiness.progress.push_back(std::move(*progress));
+    }
+
+    input.today = today;
+    // A person asked for who isn't in the vault has nothing in view.
+    if (!personId || !input.personNames.empty()) {
+        input.credentials = document.credentials;
+        input.activities = document.cme;
+        input.documents = document.documents;
+    }
+    input.ownerHasNPI = std::any_of(document.people.begin(), document.people.end(), [](const Person& person) {
+        return !person.deleted && person.isSelf && person.npi && !person.npi->empty();
+    });
+    input.reviewCount = static_cast<int>(std::count_if(document.documents.begin(), document.documents.end(),
+                                                       [](const DocumentRecord& d) { return !d.deleted && d.needsReview; }));
+    readiness.score = StandingScore::compute(input);
+    readiness.people = StandingScore::perPerson(input);
+    return readiness;
+}
+
+}  // namespace corvale
