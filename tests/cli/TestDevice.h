@@ -1,0 +1,70 @@
+#pragma once
+// One device running the command line in-process: its own keyring, clock and
+// support folder, on a file system that several devices may share.
+
+#include "cli/Commands.h"
+#include "platform/memory/InMemoryFileSystem.h"
+#include "platform/memory/InMemorySecretStore.h"
+#include "records/JSONReader.h"
+
+#include <gtest/gtest.h>
+#include <unistd.h>
+
+#include <chrono>
+#include <filesystem>
+#include <sstream>
+
+namespace corvale::clitest {
+
+namespace fs = std::filesystem;
+using namespace std::chrono_literals;
+
+struct Outcome {
+    int code = -1;
+    std::string out, err;
+
+    std::string line() const { return out.substr(0, out.find('\n')); }
+    JSONValue json() const {
+        auto parsed = parseJSON(out);
+        EXPECT_TRUE(parsed.ok()) << out;
+        return parsed ? *parsed : JSONValue();
+    }
+};
+
+// One device: its own keyring and support folder, on a file system that may be shared.
+struct Device {
+    InMemoryFileSystem& files;
+    InMemorySecretStore secrets;
+    FixedClock clock{std::chrono::system_clock::time_point(1'750'000'000s)};
+    ManualScheduler scheduler;
+    UnavailableAuthenticator authenticator;
+    fs::path root;
+    fs::path plainCopies;
+    PassphrasePrompt prompt;  // none: as when no terminal is there
+    StateData stateData;      // the delivered state files unless a test gives its own
+
+    Device(InMemoryFileSystem& fileSystem, fs::path where)
+        : files(fileSystem),
+          root(std::move(where)),
+          plainCopies(fs::temp_directory_path() /
+                      ("cli-test-" + std::to_string(::getpid()) + root.filename().string())) {}
+    ~Device() { fs::remove_all(plainCopies); }
+
+    VaultStoreSetup setup() {
+        return {files,      secrets, clock, scheduler, authenticator, root / "support", root / "config/prefs.json",
+                plainCopies};
+    }
+    Outcome run(std::vector<std::string> args, const std::string& input = "") {
+        std::istringstream in(input);
+        std::ostringstream out, err;
+        Outcome outcome;
+        outcome.code = runCommandLine(std::move(args), in, out, err, setup(), prompt, stateData);
+        outcome.out = out.str();
+        outcome.err = err.str();
+        return outcome;
+    }
+    JSONValue counts() { return *run({"status", "--json"}).json().find("counts"); }
+    fs::path vaultFile() { return VaultStore(setup()).vaultDirectory() / "vault.pbv"; }
+};
+
+}  // namespace corvale::clitest
