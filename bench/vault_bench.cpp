@@ -1,12 +1,16 @@
 // Opening and saving a large office vault, each beside its floor: the work
 // no implementation of the format can avoid (parsing the JSON with simdjson,
-// AES-GCM, writing the bytes). Prints the ratios and peak heap use at the end.
+// AES-GCM, writing the bytes). Then everyone's licence progress and standing
+// score, against opening the same vault. Prints the ratios and peak heap use
+// at the end.
 //
 //   cmake --preset release && cmake --build --preset release -j2 && build/release/bench/vault_bench
 
 #include "platform/Crypto.h"
 #include "platform/linux/PosixFileSystem.h"
 #include "records/VaultDocument.h"
+#include "requirements/Readiness.h"
+#include "requirements/Requirements.h"
 #include "vault/Sealer.h"
 #include "vault/VaultFiles.h"
 
@@ -113,15 +117,19 @@ Timestamp at(int seconds) { return Timestamp{std::chrono::sys_time<std::chrono::
 VaultDocument makeOfficeVault() {
     VaultDocument document;
     document.vaultId = "5b1f4a8e-0c2d-4e6f-8a9b-0c1d2e3f4a5b";
-    static const char* const kKinds[] = {"stateLicense", "dea", "stateCSR", "boardCertification", "bls",
-                                         "acls",         "pals", "malpractice", "caqh",             "tb"};
+    static const char* const kKinds[] = {"stateLicense", "stateLicense", "dea", "stateCSR", "boardCertification",
+                                         "bls",          "acls",         "pals", "malpractice", "tb"};
+    static const char* const kStates[] = {"CA", "TX", "FL", "NY", "PA", "OH", "IL", "GA", "WA", "MA"};
+    static const char* const kDegrees[] = {"MD", "NP", "RN", "PA", "DO"};
+    static const char* const kTopics[] = {"ethics", "opioidPrescribing", "painManagement", "implicitBias",
+                                          "humanTrafficking", "medicalErrors", "childAbuse", "infectionControl"};
     int serial = 0;
     for (int p = 0; p < kProviders; ++p) {
         Person person;
         person.id = newUUID();
         person.updatedAt = at(p);
         person.name = "Provider " + std::to_string(p);
-        person.degree = p % 3 == 0 ? "NP" : "MD";
+        person.degree = kDegrees[p % 5];
         person.npi = std::to_string(1000000000 + p);
         person.email = "provider" + std::to_string(p) + "@clinic.example";
         person.specialty = "Family Medicine";
@@ -133,10 +141,11 @@ VaultDocument makeOfficeVault() {
             credential.updatedAt = at(++serial);
             credential.personId = person.id;
             credential.kind = kKinds[c];
-            credential.state = "CA";
+            credential.state = kStates[(p + c) % 10];
             credential.number = "A" + std::to_string(100000 + serial);
             credential.issuedOn = Day{2024, 1 + c, 1 + p % 28};
-            credential.expiresOn = Day{2026, 1 + c, 1 + p % 28};
+            credential.expiresOn = Day{2026 + (p + c) % 2, 1 + c, 1 + p % 28};
+            if (c == 1) credential.cmeCycleStart = "2019-0" + std::to_string(1 + p % 9);
             credential.status = "Active";
             credential.notes = "Renew through the board portal.";
             credential.documentIds = {newUUID()};
@@ -152,7 +161,8 @@ VaultDocument makeOfficeVault() {
             cme.completedOn = Day{2025, 1 + m % 12, 1 + m % 28};
             cme.hours = 0.5 * (1 + m % 4);
             cme.category = m % 2 ? "cat1" : "cat2";
-            cme.topics = {"ethics"};
+            cme.topics = {kTopics[(p + m) % 8]};
+            if (m % 5 == 0) cme.boardApproved = true;
             document.cme.push_back(cme);
         }
         for (int d = 0; d < kDocumentsEach; ++d) {
@@ -172,6 +182,8 @@ VaultDocument makeOfficeVault() {
     }
     return document;
 }
+
+const Day kPlanningDay{2026, 6, 1};
 
 struct Fixture {
     std::filesystem::path directory;
@@ -244,7 +256,18 @@ void BM_SaveFloor(benchmark::State& state) {
     state.SetBytesProcessed(static_cast<std::int64_t>(state.iterations() * f.json.size()));
 }
 
+// Every person's licence progress and standing score, from the open document.
+void BM_Readiness(benchmark::State& state) {
+    const auto& rules = Requirements::shared().file();
+    if (!rules) state.SkipWithError("the state rules were not found beside the benchmark");
+    for (auto _ : state) {
+        auto readiness = Readiness::compute(fixture().document, rules ? &*rules : nullptr, kPlanningDay);
+        benchmark::DoNotOptimize(readiness);
+    }
+}
+
 BENCHMARK(BM_Open)->Unit(benchmark::kMillisecond)->MinTime(2.0);
+BENCHMARK(BM_Readiness)->Unit(benchmark::kMillisecond)->MinTime(2.0);
 BENCHMARK(BM_OpenFloor)->Unit(benchmark::kMillisecond)->MinTime(2.0);
 BENCHMARK(BM_Save)->Unit(benchmark::kMillisecond)->MinTime(2.0);
 BENCHMARK(BM_SaveFloor)->Unit(benchmark::kMillisecond)->MinTime(2.0);
@@ -285,9 +308,12 @@ int main(int argc, char** argv) {
 
     const double openRatio = reporter.time("BM_Open") / reporter.time("BM_OpenFloor");
     const double saveRatio = reporter.time("BM_Save") / reporter.time("BM_SaveFloor");
+    const double readinessRatio = reporter.time("BM_Readiness") / reporter.time("BM_Open");
     using bench::verdict;
     std::printf("\nopen / floor        %5.2fx  (goal < 2.5x)  %s\n", openRatio, verdict(openRatio < 2.5));
     std::printf("save / floor        %5.2fx  (goal < 3.0x)  %s\n", saveRatio, verdict(saveRatio < 3.0));
+    std::printf("progress and standing / open  %5.2fx  (goal < 0.25x)  %s\n", readinessRatio,
+                verdict(readinessRatio < 0.25));
     const auto report = [&](const char* name, const Peak& peak) {
         const double resident = static_cast<double>(peak.resident);
         std::printf("%s peak memory %5.2fx the JSON (%.1f MB resident, goal < 4x)  %s;  heap reserved %.1f MB\n", name,

@@ -233,9 +233,6 @@ int runProgress(Session& session, const ProgressOptions& options, bool json) {
                                             : "The state rules aren't available in this installation.\n");
         return kSucceeded;
     }
-    // Activities are named in topic lines; find them once, not once per line.
-    std::unordered_map<std::string_view, const CMEActivity*> activities;
-    for (const auto& activity : store.doc().cme) activities.emplace(activity.id, &activity);
     const auto activityLine = [&](const CMEActivity& activity) {
         return activity.completedOn.toString() + "  " + hours(activity.hours) + " h  " + activity.category + "  " +
                activity.title;
@@ -266,14 +263,10 @@ int runProgress(Session& session, const ProgressOptions& options, bool json) {
         for (const auto& line : progress.topics) {
             out << "  Topic: " << topicText(line) << (line.isOpen() ? ", open" : ", met") << '\n';
             if (line.note) out << "    " << *line.note << '\n';
-            for (const auto& id : line.activityIds) {
-                if (const auto found = activities.find(id); found != activities.end()) {
-                    out << "    " << activityLine(*found->second) << '\n';
-                }
-            }
+            for (const CMEActivity* activity : line.counted) out << "    " << activityLine(*activity) << '\n';
         }
         out << "  Activities in this cycle: " << progress.activities.size() << '\n';
-        for (const auto& activity : progress.activities) out << "    " << activityLine(activity) << '\n';
+        for (const CMEActivity* activity : progress.activities) out << "    " << activityLine(*activity) << '\n';
         if (const auto caveat = caveatOf(progress)) out << "  Caveat: " << *caveat << '\n';
         out << '\n';
     }

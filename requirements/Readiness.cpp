@@ -26,13 +26,22 @@ Readiness Readiness::compute(const VaultDocument& document, const RequirementsFi
         if (credential.deleted || credential.kind != "dea") continue;
         if (const auto found = people.find(credential.personId); found != people.end()) found->second.deaHolder = true;
     }
+    // A person's activities mostly sit together in the list, so the last owner is tried before the table.
+    PersonView* owner = nullptr;
+    std::string_view ownerId;
     for (const CMEActivity& activity : document.cme) {
         if (activity.deleted) continue;
-        if (const auto found = people.find(activity.personId); found != people.end()) {
-            found->second.activities.push_back(&activity);
+        if (!owner || activity.personId != ownerId) {
+            const auto found = people.find(activity.personId);
+            owner = found == people.end() ? nullptr : &found->second;
+            ownerId = activity.personId;
         }
+        if (owner) owner->activities.push_back(&activity);
     }
 
+    readiness.progress.reserve(static_cast<std::size_t>(std::count_if(
+        document.credentials.begin(), document.credentials.end(),
+        [](const Credential& c) { return !c.deleted && c.kind == "stateLicense"; })));
     for (const Credential& credential : document.credentials) {
         if (credential.deleted || credential.kind != "stateLicense") continue;
         const auto found = people.find(credential.personId);
@@ -56,8 +65,9 @@ Readiness Readiness::compute(const VaultDocument& document, const RequirementsFi
     });
     input.reviewCount = static_cast<int>(std::count_if(document.documents.begin(), document.documents.end(),
                                                        [](const DocumentRecord& d) { return !d.deleted && d.needsReview; }));
-    readiness.score = StandingScore::compute(input);
-    readiness.people = StandingScore::perPerson(input);
+    auto standing = StandingScore::breakdown(input);
+    readiness.score = std::move(standing.whole);
+    readiness.people = std::move(standing.people);
     return readiness;
 }
 

@@ -36,7 +36,8 @@ JSONValue topicLineJSON(const StateProgress::TopicLine& line) {
     object.emplace("boardApprovedOnly", line.boardApprovedOnly);
     object.emplace("unapprovedHours", line.unapprovedHours);
     object.emplace("open", line.isOpen());
-    JSONValue::Array ids(line.activityIds.begin(), line.activityIds.end());
+    JSONValue::Array ids;
+    for (const CMEActivity* activity : line.counted) ids.emplace_back(activity->id);
     object.emplace("activityIds", std::move(ids));
     return object;
 }
@@ -93,7 +94,7 @@ JSONValue progressJSON(const StateProgress& progress, const RequirementsFile* na
     for (const auto& line : progress.topics) topics.push_back(topicLineJSON(line));
     object.emplace("topics", std::move(topics));
     JSONValue::Array activities;
-    for (const auto& activity : progress.activities) activities.push_back(recordJSON(activity));
+    for (const CMEActivity* activity : progress.activities) activities.push_back(recordJSON(*activity));
     object.emplace("activities", std::move(activities));
     if (progress.resolved) object.emplace("resolved", resolvedRuleJSON(*progress.resolved, names, stateName));
     // Derived, so scripts need not repeat the arithmetic.

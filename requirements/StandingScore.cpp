@@ -25,15 +25,6 @@ constexpr int kEducationHorizonDays = 180;
 constexpr int kThisMonthDays = 30;
 constexpr int kSoonDays = 90;
 
-// What the headline counts, beside the deductions themselves.
-struct Tally {
-    int renewalsSoon = 0;
-    int undated = 0;
-    int withoutCopy = 0;
-    int credentials = 0;
-    bool educationToPlan = false;
-};
-
 std::string pointsText(int points) { return std::to_string(points) + (points == 1 ? " point" : " points"); }
 
 std::string expiresIn(int days) {
@@ -42,24 +33,39 @@ std::string expiresIn(int days) {
     return "expires in " + std::to_string(days) + " days";
 }
 
-std::string headlineFor(const std::vector<StandingScore::Deduction>& deductions, const Tally& tally) {
+// What made a deduction; the headline counts some of them.
+enum class Finding { expired, dueThisMonth, dueSoon, undated, noCopy, education };
+
+// A deduction the records call for, before the copy cap decides whether it is taken.
+struct Candidate {
+    Finding finding;
+    std::string_view personId;
+    StandingScore::Deduction deduction;
+};
+
+std::string headlineFor(const std::vector<StandingScore::Deduction>& deductions,
+                        const std::vector<Candidate*>& found, int credentials) {
     const auto thisMonth = static_cast<int>(
         std::count_if(deductions.begin(), deductions.end(), [](const auto& d) { return d.thisMonth; }));
+    const auto count = [&](Finding finding) {
+        return static_cast<int>(
+            std::count_if(found.begin(), found.end(), [&](const Candidate* c) { return c->finding == finding; }));
+    };
     if (thisMonth == 1) return "One thing needs you this month.";
     if (thisMonth > 1) return capitalisedNumberWord(thisMonth) + " things need you this month.";
-    if (tally.educationToPlan) {
+    if (count(Finding::education) > 0) {
         return "Nothing is urgent, and there are continuing education hours to plan before a renewal.";
     }
-    if (tally.renewalsSoon == 1) return "Nothing is urgent, and one renewal is coming up in the next 90 days.";
-    if (tally.renewalsSoon > 1) {
-        return "Nothing is urgent, and " + numberWord(tally.renewalsSoon) +
-               " renewals are coming up in the next 90 days.";
-    }
-    if (tally.undated == 1) return "One license needs its renewal date.";
-    if (tally.undated > 1) return capitalisedNumberWord(tally.undated) + " licenses need their renewal dates.";
-    if (tally.withoutCopy == 1) return "One credential has no copy attached.";
-    if (tally.withoutCopy > 1) return capitalisedNumberWord(tally.withoutCopy) + " credentials have no copy attached.";
-    return tally.credentials > 0 ? "Nothing needs you right now." : "Add a license to start tracking.";
+    const int soon = count(Finding::dueSoon);
+    if (soon == 1) return "Nothing is urgent, and one renewal is coming up in the next 90 days.";
+    if (soon > 1) return "Nothing is urgent, and " + numberWord(soon) + " renewals are coming up in the next 90 days.";
+    const int undated = count(Finding::undated);
+    if (undated == 1) return "One license needs its renewal date.";
+    if (undated > 1) return capitalisedNumberWord(undated) + " licenses need their renewal dates.";
+    const int withoutCopy = count(Finding::noCopy);
+    if (withoutCopy == 1) return "One credential has no copy attached.";
+    if (withoutCopy > 1) return capitalisedNumberWord(withoutCopy) + " credentials have no copy attached.";
+    return credentials > 0 ? "Nothing needs you right now." : "Add a license to start tracking.";
 }
 
 std::string gapDetail(const StandingInput::CMEGap& gap) {
@@ -69,89 +75,113 @@ std::string gapDetail(const StandingInput::CMEGap& gap) {
     return detail + " The " + gap.stateName + " cycle has no end date yet.";
 }
 
-// The score of one set of credentials and gaps: the whole input, or one person's share of it.
-StandingScore score(const StandingInput& input, const std::vector<const Credential*>& credentials,
-                    const std::vector<const StandingInput::CMEGap*>& gaps,
-                    const std::unordered_set<std::string_view>& liveDocuments) {
-    using Deduction = StandingScore::Deduction;
+// Every deduction the records call for, in the order they are made.
+std::vector<Candidate> candidatesFor(const StandingInput& input, const std::vector<const Credential*>& credentials,
+                                     const std::unordered_set<std::string_view>& liveDocuments) {
     using FixAction = StandingScore::FixAction;
-    std::vector<Deduction> deductions;
-    Tally tally;
-    tally.credentials = static_cast<int>(credentials.size());
-    int copyPoints = 0;
-
+    std::vector<Candidate> found;
+    found.reserve(credentials.size() + input.cmeGaps.size());
     for (const Credential* credential : credentials) {
         const auto kind = credential->kindValue();
-        const std::string title = renewTitle(*credential);
-        const auto add = [&](std::string prefix, int points, std::string heading, std::string detail, FixAction action,
-                             std::string term, bool thisMonth) {
-            deductions.push_back({std::move(prefix) + credential->id, points, std::move(heading), std::move(detail),
-                                  {action, credential->id}, std::move(term), input.who(*credential), thisMonth});
+        // Most credentials cost nothing; only those that do need their words.
+        std::optional<std::string> renewal;
+        const auto title = [&]() -> const std::string& {
+            if (!renewal) renewal = renewTitle(*credential);
+            return *renewal;
+        };
+        const auto add = [&](Finding finding, std::string_view prefix, int points, std::string heading,
+                             std::string detail, FixAction action, std::string term, bool thisMonth) {
+            Candidate& candidate = found.emplace_back(Candidate{finding, credential->personId, {}});
+            auto& deduction = candidate.deduction;
+            deduction.id = std::string(prefix) + credential->id;
+            deduction.points = points;
+            deduction.title = std::move(heading);
+            deduction.detail = std::move(detail);
+            deduction.fix.action = action;
+            deduction.fix.recordId = credential->id;
+            deduction.term = std::move(term);
+            deduction.person = input.who(*credential);
+            deduction.thisMonth = thisMonth;
         };
         if (credential->expiresOn) {
             const int days = input.today.daysTo(*credential->expiresOn);
             const bool filed = isRenewalFiled(*credential);
-            const std::string date = credential->expiresOn->formatted();
+            const auto date = [&] { return credential->expiresOn->formatted(); };
             if (days < 0) {
                 const bool critical = kind && isPracticeCritical(*kind);
-                add("expired:", critical ? kExpiredCritical : kExpiredOther, title + " has expired",
-                    critical ? "It expired on " + date + ", and practice that depends on it stops until it's renewed."
-                             : "It expired on " + date + ".",
+                add(Finding::expired, "expired:", critical ? kExpiredCritical : kExpiredOther, title() + " has expired",
+                    critical ? "It expired on " + date() + ", and practice that depends on it stops until it's renewed."
+                             : "It expired on " + date() + ".",
                     FixAction::renew, "Expired", true);
             } else if (days <= kThisMonthDays && !filed) {
-                add("due:", kDueThisMonth, title + " " + expiresIn(days), "It expires on " + date + ".",
-                    FixAction::renew, "Renewal", true);
+                add(Finding::dueThisMonth, "due:", kDueThisMonth, title() + " " + expiresIn(days),
+                    "It expires on " + date() + ".", FixAction::renew, "Renewal", true);
             } else if (days <= kSoonDays && !filed) {
-                add("due:", kDueSoon, title + " " + expiresIn(days), "It expires on " + date + ".", FixAction::renew,
-                    "Renewal", false);
-                ++tally.renewalsSoon;
+                add(Finding::dueSoon, "due:", kDueSoon, title() + " " + expiresIn(days),
+                    "It expires on " + date() + ".", FixAction::renew, "Renewal", false);
             }
         } else if (kind == CredentialKind::stateLicense) {
-            add("undated:", kNoRenewalDate, title + " has no renewal date",
+            add(Finding::undated, "undated:", kNoRenewalDate, title() + " has no renewal date",
                 "Reminders and continuing education tracking start once you add it.", FixAction::edit, "Renewal date",
                 false);
-            ++tally.undated;
         }
         if (needsDocument(*credential, liveDocuments)) {
-            ++tally.withoutCopy;
-            if (copyPoints <= kNoCopyCeiling) {
-                add("copy:", kNoCopy, title + " has no copy attached",
-                    "Attach the license or certificate so it's ready for packets.", FixAction::attach, "Document",
-                    false);
-                copyPoints += kNoCopy;
-            }
+            add(Finding::noCopy, "copy:", kNoCopy, title() + " has no copy attached",
+                "Attach the license or certificate so it's ready for packets.", FixAction::attach, "Document", false);
         }
     }
 
-    for (const auto* gap : gaps) {
-        if (gap->missingHours <= kHourTolerance) continue;
+    for (const auto& gap : input.cmeGaps) {
+        if (!input.personNames.empty() && !input.personNames.contains(gap.personId)) continue;
+        if (gap.missingHours <= kHourTolerance) continue;
         // An end that cannot be measured is treated as today: the gap needs planning now.
-        const int days = gap->cycleEnd ? input.today.daysTo(*gap->cycleEnd) : 0;
+        const int days = gap.cycleEnd ? input.today.daysTo(*gap.cycleEnd) : 0;
         if (days < 0 || days > kEducationHorizonDays) continue;
-        deductions.push_back({"cme:" + gap->licenseId, kEducationGap,
-                              gap->stateName + (gap->contactHours ? " CE" : " CME") + " hours to finish",
-                              gapDetail(*gap), {FixAction::logCME, gap->licenseId}, "CME", input.who(gap->personId),
-                              days <= kThisMonthDays});
-        tally.educationToPlan = true;
+        Candidate& candidate = found.emplace_back(Candidate{Finding::education, gap.personId, {}});
+        auto& deduction = candidate.deduction;
+        deduction.id = "cme:" + gap.licenseId;
+        deduction.points = kEducationGap;
+        deduction.title = gap.stateName + (gap.contactHours ? " CE" : " CME") + " hours to finish";
+        deduction.detail = gapDetail(gap);
+        deduction.fix.action = FixAction::logCME;
+        deduction.fix.recordId = gap.licenseId;
+        deduction.term = "CME";
+        deduction.person = input.who(gap.personId);
+        deduction.thisMonth = days <= kThisMonthDays;
     }
-
-    std::stable_sort(deductions.begin(), deductions.end(),
-                     [](const Deduction& a, const Deduction& b) { return a.points > b.points; });
-    StandingScore result;
-    int lost = 0;
-    for (const auto& deduction : deductions) lost += deduction.points;
-    result.value = std::clamp(100 - lost, 0, 100);
-    result.headline = headlineFor(deductions, tally);
-    result.deductions = std::move(deductions);
-    return result;
+    return found;
 }
 
-std::unordered_set<std::string_view> liveDocumentIds(const StandingInput& input) {
-    std::unordered_set<std::string_view> ids;
-    ids.reserve(input.documents.size());
-    for (const auto& document : input.documents)
-        if (!document.deleted) ids.insert(document.id);
-    return ids;
+// The score of some of the candidates: all of them, or one person's. Copies
+// cost points only while their total stays within the cap.
+StandingScore settle(const std::vector<Candidate*>& found, int credentials, bool consume) {
+    std::vector<Candidate*> taken;
+    taken.reserve(found.size());
+    int copyPoints = 0;
+    for (Candidate* candidate : found) {
+        if (candidate->finding == Finding::noCopy) {
+            if (copyPoints > kNoCopyCeiling) continue;
+            copyPoints += candidate->deduction.points;
+        }
+        taken.push_back(candidate);
+    }
+    // Sorting the pointers keeps equal points in the order made without moving whole deductions.
+    std::stable_sort(taken.begin(), taken.end(),
+                     [](const Candidate* a, const Candidate* b) { return a->deduction.points > b->deduction.points; });
+    StandingScore result;
+    result.deductions.reserve(taken.size());
+    int lost = 0;
+    for (Candidate* candidate : taken) {
+        lost += candidate->deduction.points;
+        if (consume) {
+            result.deductions.push_back(std::move(candidate->deduction));
+        } else {
+            result.deductions.push_back(candidate->deduction);
+        }
+    }
+    result.value = std::clamp(100 - lost, 0, 100);
+    result.headline = headlineFor(result.deductions, found, credentials);
+    return result;
 }
 
 }  // namespace
@@ -182,9 +212,18 @@ StandingInput::CMEGap StandingInput::CMEGap::from(const StateProgress& progress)
 std::vector<const Credential*> StandingInput::active() const {
     std::vector<const Credential*> result;
     result.reserve(credentials.size());
+    // A person's credentials mostly sit together, so the last answer is reused before the lookup.
+    std::optional<std::string_view> lastPerson;
+    bool lastInView = false;
     for (const Credential& credential : credentials) {
         if (credential.deleted) continue;
-        if (!personNames.empty() && !personNames.contains(credential.personId)) continue;
+        if (!personNames.empty()) {
+            if (lastPerson != std::string_view(credential.personId)) {
+                lastPerson = credential.personId;
+                lastInView = personNames.contains(credential.personId);
+            }
+            if (!lastInView) continue;
+        }
         result.push_back(&credential);
     }
     return result;
@@ -209,38 +248,48 @@ std::string StandingScore::Deduction::recovery() const {
     return opening + pointsText(points) + ".";
 }
 
-StandingScore StandingScore::compute(const StandingInput& input) {
-    std::vector<const StandingInput::CMEGap*> gaps;
-    for (const auto& gap : input.cmeGaps)
-        if (input.personNames.empty() || input.personNames.contains(gap.personId)) gaps.push_back(&gap);
-    return score(input, input.active(), gaps, liveDocumentIds(input));
-}
+StandingBreakdown StandingScore::breakdown(const StandingInput& input) {
+    std::unordered_set<std::string_view> documents;
+    documents.reserve(input.documents.size());
+    for (const auto& document : input.documents)
+        if (!document.deleted) documents.insert(document.id);
+    const auto credentials = input.active();
+    // The deductions are found once; the whole and each person only choose among them.
+    auto found = candidatesFor(input, credentials, documents);
+    std::vector<Candidate*> all;
+    all.reserve(found.size());
+    for (auto& candidate : found) all.push_back(&candidate);
 
-std::vector<PersonStanding> StandingScore::perPerson(const StandingInput& input) {
-    if (input.personNames.size() < 2) return {};
+    StandingBreakdown result;
+    const bool several = input.personNames.size() >= 2;
+    // Each person's share takes the deductions over once the whole has its copies.
+    result.whole = settle(all, static_cast<int>(credentials.size()), !several);
+    if (!several) return result;
+
     struct Share {
-        std::vector<const Credential*> credentials;
-        std::vector<const StandingInput::CMEGap*> gaps;
+        std::vector<Candidate*> found;
+        int credentials = 0;
     };
-    // One pass over the records, so the work grows with them, not with people times records.
     std::unordered_map<std::string_view, Share> shares;
     shares.reserve(input.personNames.size());
-    for (const Credential* credential : input.active()) shares[credential->personId].credentials.push_back(credential);
-    for (const auto& gap : input.cmeGaps) shares[gap.personId].gaps.push_back(&gap);
-    const auto documents = liveDocumentIds(input);
+    for (const Credential* credential : credentials) ++shares[credential->personId].credentials;
+    for (Candidate* candidate : all) shares[candidate->personId].found.push_back(candidate);
 
-    std::vector<PersonStanding> result;
-    result.reserve(input.personNames.size());
+    result.people.reserve(input.personNames.size());
     for (const auto& [id, name] : input.personNames) {
         const Share& share = shares[id];
-        result.push_back({id, name, score(input, share.credentials, share.gaps, documents)});
+        result.people.push_back({id, name, settle(share.found, share.credentials, true)});
     }
-    std::sort(result.begin(), result.end(), [](const PersonStanding& a, const PersonStanding& b) {
+    std::sort(result.people.begin(), result.people.end(), [](const PersonStanding& a, const PersonStanding& b) {
         return a.name != b.name ? a.name < b.name : a.personId < b.personId;
     });
-    std::stable_sort(result.begin(), result.end(),
+    std::stable_sort(result.people.begin(), result.people.end(),
                      [](const PersonStanding& a, const PersonStanding& b) { return a.score.value < b.score.value; });
     return result;
 }
+
+StandingScore StandingScore::compute(const StandingInput& input) { return breakdown(input).whole; }
+
+std::vector<PersonStanding> StandingScore::perPerson(const StandingInput& input) { return breakdown(input).people; }
 
 }  // namespace corvale

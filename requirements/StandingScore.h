@@ -53,6 +53,7 @@ struct StandingInput {
 };
 
 struct PersonStanding;
+struct StandingBreakdown;
 
 struct StandingScore {
     enum class FixAction { renew, edit, attach, logCME };
@@ -85,12 +86,19 @@ struct StandingScore {
     static StandingScore compute(const StandingInput& input);
     // Each person's own score, worst first (ties by name), when more than one person is kept.
     static std::vector<PersonStanding> perPerson(const StandingInput& input);
+    // Both at once, finding the deductions only once.
+    static StandingBreakdown breakdown(const StandingInput& input);
 };
 
 struct PersonStanding {
     std::string personId;
     std::string name;
     StandingScore score;
+};
+
+struct StandingBreakdown {
+    StandingScore whole;
+    std::vector<PersonStanding> people;
 };
 
 std::string_view rawValue(StandingScore::FixAction action);

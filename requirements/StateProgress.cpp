@@ -96,7 +96,7 @@ std::optional<StateProgress> StateProgress::compute(const Credential& license, D
         }
         progress.doneHours += activity.hours;
         if (countsAsCategory1(activity)) progress.cat1Done += activity.hours;
-        progress.activities.push_back(activity);
+        progress.activities.push_back(pointer);
     }
 
     if (rule.topics) {
@@ -111,13 +111,13 @@ std::optional<StateProgress> StateProgress::compute(const Credential& license, D
             const Span span = topicSpan(topic, progress, cycleYears);
             for (const CMEActivity* pointer : activities) {
                 const CMEActivity& activity = *pointer;
-                if (activity.deleted || !tagged(activity, topic.key)) continue;
-                if ((span.from && activity.completedOn < *span.from) || activity.completedOn > span.to) continue;
+                if (activity.deleted || activity.completedOn > span.to) continue;
+                if ((span.from && activity.completedOn < *span.from) || !tagged(activity, topic.key)) continue;
                 if (line.boardApprovedOnly && !activity.boardApproved.value_or(false)) {
                     line.unapprovedHours += activity.hours;
                 } else {
                     line.done += activity.hours;
-                    line.activityIds.push_back(activity.id);
+                    line.counted.push_back(pointer);
                 }
             }
             progress.topics.push_back(std::move(line));

@@ -23,7 +23,7 @@ struct StateProgress {
         std::optional<std::string> note;
         bool boardApprovedOnly = false;
         double unapprovedHours = 0;  // tagged with the topic but not board-approved, so not counted
-        std::vector<std::string> activityIds;  // the activities whose hours count toward `done`
+        std::vector<const CMEActivity*> counted;  // the activities whose hours make up `done`
 
         bool isOpen() const;
     };
@@ -38,7 +38,9 @@ struct StateProgress {
     double cat1Required = 0;
     double cat1Done = 0;
     std::vector<TopicLine> topics;
-    std::vector<CMEActivity> activities;  // dated inside the cycle
+    // Dated inside the cycle. They point into the records `compute` was given,
+    // so a progress lives no longer than those records do.
+    std::vector<const CMEActivity*> activities;
     std::optional<ResolvedRule> resolved;
 
     // Absent unless `license` is a live state licence naming a state the file

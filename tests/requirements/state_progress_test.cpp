@@ -161,7 +161,7 @@ TEST(StateProgress, TopicsDrawOnTheirOwnWindowsAndScopes) {
     EXPECT_DOUBLE_EQ(line(withDEA, "jurisprudence")->done, 2);
     EXPECT_DOUBLE_EQ(line(withDEA, "childAbuse")->done, 2);
     EXPECT_DOUBLE_EQ(line(withDEA, "childAbuse")->unapprovedHours, 1);
-    EXPECT_EQ(line(withDEA, "childAbuse")->activityIds, std::vector<std::string>{activities[5].id});
+    EXPECT_EQ(line(withDEA, "childAbuse")->counted, std::vector<const CMEActivity*>{&activities[5]});
     EXPECT_DOUBLE_EQ(line(withDEA, "ethics")->done, 0);  // "prescribers" applies; the hours lie outside the cycle
     const auto open = withDEA.openTopics();
     ASSERT_EQ(open.size(), 2u);
