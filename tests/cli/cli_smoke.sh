@@ -38,4 +38,8 @@ check "restored" "{$counts,\"phase\":\"ready\",\"vaultId\":\"$vault_id\"}" "$("$
 # The state data is found beside the program, as an installed one finds it in share/corvale.
 check "rules beside the program" "Texas (TX)" "$("$corvale" rules tx --profession rn | head -n 1)"
 check "fees beside the program" 1 "$("$corvale" fees TX --json | grep -c '"applicationFee":817')"
+# Onboarding's Texas licence has no date yet; today says so and still tracks its cycle.
+today=$("$corvale" today --as-of 2026-11-22)
+check "today headline" "One license needs its renewal date." "$(sed -n 2p <<<"$today")"
+check "today progress" 1 "$(grep -c '^  Texas (TX) · cycle November 22, 2026 – November 22, 2028$' <<<"$today")"
 echo "cli smoke passed"
