@@ -80,8 +80,14 @@ struct Scope {
     std::string personName;
 };
 
-// Opens the vault and settles the day and the person; a failure is already reported.
-std::optional<Scope> openScope(Session& session, VaultStore& store, const ProgressOptions& options, int& code) {
+struct View {
+    Scope scope;
+    Readiness readiness;  // refers to the store's document
+};
+
+// Opens the vault, settles the day and the person and computes what both
+// commands show; a failure is already reported, its exit code in `code`.
+std::optional<View> openView(Session& session, VaultStore& store, const ProgressOptions& options, int& code) {
     if (auto opened = openRecords(store); !opened) {
         code = session.failed(opened.error());
         return std::nullopt;
@@ -97,7 +103,13 @@ std::optional<Scope> openScope(Session& session, VaultStore& store, const Progre
         }
         scope.personName = found->name;
     }
-    return scope;
+    return View{scope, Readiness::compute(store.doc(), rulesOf(session), scope.day, scope.personId)};
+}
+
+JSONValue::Array progressArray(const Session& session, const Readiness& readiness) {
+    JSONValue::Array progress;
+    for (const auto& item : readiness.progress) progress.push_back(progressJSON(item, rulesOf(session)));
+    return progress;
 }
 
 struct OfficeTotals {
@@ -183,24 +195,23 @@ int printOffice(Session& session, const Readiness& readiness, const Day& day, bo
 int runToday(Session& session, const ProgressOptions& options, bool json) {
     VaultStore store(session.setup);
     int code = kSucceeded;
-    const auto scope = openScope(session, store, options, code);
-    if (!scope) return code;
-    const auto readiness = Readiness::compute(store.doc(), rulesOf(session), scope->day, scope->personId);
-    if (!scope->personId && !readiness.people.empty()) return printOffice(session, readiness, scope->day, json);
+    const auto view = openView(session, store, options, code);
+    if (!view) return code;
+    const Scope& scope = view->scope;
+    const Readiness& readiness = view->readiness;
+    if (!scope.personId && !readiness.people.empty()) return printOffice(session, readiness, scope.day, json);
 
     if (json) {
-        JSONValue::Array progress;
-        for (const auto& item : readiness.progress) progress.push_back(progressJSON(item, rulesOf(session)));
-        JSONObject object{{"asOf", scope->day.toString()},
+        JSONObject object{{"asOf", scope.day.toString()},
                           {"standing", standingJSON(readiness.score)},
-                          {"progress", std::move(progress)}};
-        if (scope->personId) object.emplace("personId", *scope->personId);
+                          {"progress", progressArray(session, readiness)}};
+        if (scope.personId) object.emplace("personId", *scope.personId);
         session.out << writeJSON(JSONValue(std::move(object))) << '\n';
         return kSucceeded;
     }
     auto& out = session.out;
-    out << (scope->personName.empty() ? "" : scope->personName + " · ") << "Standing " << readiness.score.value
-        << " of 100 on " << scope->day.formatted() << '\n';
+    out << (scope.personName.empty() ? "" : scope.personName + " · ") << "Standing " << readiness.score.value
+        << " of 100 on " << scope.day.formatted() << '\n';
     out << readiness.score.headline << '\n';
     if (!readiness.score.deductions.empty()) {
         out << '\n';
@@ -216,14 +227,12 @@ int runToday(Session& session, const ProgressOptions& options, bool json) {
 int runProgress(Session& session, const ProgressOptions& options, bool json) {
     VaultStore store(session.setup);
     int code = kSucceeded;
-    const auto scope = openScope(session, store, options, code);
-    if (!scope) return code;
-    const auto readiness = Readiness::compute(store.doc(), rulesOf(session), scope->day, scope->personId);
+    const auto view = openView(session, store, options, code);
+    if (!view) return code;
+    const Readiness& readiness = view->readiness;
 
     if (json) {
-        JSONValue::Array progress;
-        for (const auto& item : readiness.progress) progress.push_back(progressJSON(item, rulesOf(session)));
-        JSONObject object{{"asOf", scope->day.toString()}, {"progress", std::move(progress)}};
+        JSONObject object{{"asOf", view->scope.day.toString()}, {"progress", progressArray(session, readiness)}};
         session.out << writeJSON(JSONValue(std::move(object))) << '\n';
         return kSucceeded;
     }
