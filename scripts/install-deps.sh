@@ -8,7 +8,7 @@ packages=(
   clang libclang-rt-14-dev llvm-14
   libgtest-dev libgmock-dev libbenchmark-dev
   libssl-dev libsecret-1-dev libglib2.0-dev
-  libsimdjson-dev libcli11-dev libdeflate-dev
+  libsimdjson-dev libcli11-dev libdeflate-dev libpam0g-dev
   gnome-keyring dbus libsecret-tools
   qt6-base-dev qt6-base-dev-tools libgl-dev xvfb xauth
 )
