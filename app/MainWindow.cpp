@@ -1,137 +1,133 @@
 #include "app/MainWindow.h"
 
-#include "vault/VaultFiles.h"
+#include "app/LockPage.h"
+#include "app/OnboardingPage.h"
+#include "app/Theme.h"
+#include "app/TodayPage.h"
+#include "requirements/Readiness.h"
+#include "requirements/Requirements.h"
+#include "vault/VaultStore.h"
 
 #include <QEvent>
-#include <QFile>
-#include <QFrame>
 #include <QHBoxLayout>
-#include <QLabel>
-#include <QStyle>
-#include <QVBoxLayout>
-
-#include <system_error>
+#include <QListWidget>
+#include <QPushButton>
+#include <QStackedWidget>
 
 namespace corvale::app {
-
 namespace {
 
-// One accent; everything else is greys so the status is what the eye finds.
-constexpr auto kStyleSheet = R"(
-    QWidget#mainWindow { background: #f6f7f9; }
-    QLabel { color: #1f2933; }
-    QLabel#tagline, QLabel#caption, QLabel#footnote { color: #616e7c; }
-    QFrame#card { background: #ffffff; border: 1px solid #e4e7eb; border-radius: 12px; }
-    QLabel#statusDot { border-radius: 5px; background: #cbd2d9; }
-    QLabel#statusDot[present="true"] { background: #2b6f97; }
-    QLabel#vaultStatus[present="true"] { color: #2b6f97; }
-)";
-
-QString displayPath(const std::filesystem::path& path) { return QFile::decodeName(path.string().c_str()); }
-
-QLabel* makeLabel(const QString& text, const char* name, QWidget* parent) {
-    auto* label = new QLabel(text, parent);
-    label->setObjectName(QString::fromLatin1(name));
-    label->setWordWrap(true);
-    return label;
-}
-
-void scaleFont(QWidget* widget, double factor, QFont::Weight weight = QFont::Normal) {
-    QFont font = widget->font();
-    font.setPointSizeF(font.pointSizeF() * factor);
-    font.setWeight(weight);
-    widget->setFont(font);
-}
+QString message(const VaultError& error) { return QString::fromStdString(error.message()); }
 
 }  // namespace
 
-MainWindow::MainWindow(QWidget* parent) : QWidget(parent) {
-    setObjectName(QStringLiteral("mainWindow"));
+MainWindow::MainWindow(const VaultStoreSetup& setup, const Requirements& requirements, QWidget* parent)
+    : QWidget(parent), m_clock(setup.clock), m_requirements(requirements), m_store(std::make_unique<VaultStore>(setup)) {
+    setObjectName(QStringLiteral("appWindow"));
     setAttribute(Qt::WA_StyledBackground, true);
     setWindowTitle(QStringLiteral("Corvale"));
-    setStyleSheet(QString::fromLatin1(kStyleSheet));
-    setMinimumSize(560, 380);
-    resize(640, 420);
+    setStyleSheet(appStyleSheet());
+    setMinimumSize(900, 600);
+    resize(1280, 800);
 
-    auto* title = makeLabel(QStringLiteral("Corvale"), "title", this);
-    scaleFont(title, 2.0, QFont::DemiBold);
+    m_pages = new QStackedWidget(this);
+    m_onboarding = new OnboardingPage(m_pages);
+    m_lock = new LockPage(m_pages);
+    m_shell = new QWidget(m_pages);
+    m_pages->addWidget(m_onboarding);
+    m_pages->addWidget(m_lock);
+    m_pages->addWidget(m_shell);
 
-    auto* tagline = makeLabel(tr("Your licences, CME and documents, kept in an encrypted vault on this computer."),
-                              "tagline", this);
-    scaleFont(tagline, 1.1);
+    m_sidebar = new QListWidget(m_shell);
+    m_sidebar->setObjectName(QStringLiteral("sidebar"));
+    m_sidebar->setAccessibleName(tr("Screens"));
+    m_sidebar->setFixedWidth(200);
+    m_screens = new QStackedWidget(m_shell);
+    m_today = new TodayPage(m_screens);
+    m_screens->addWidget(m_today);
+    m_sidebar->addItem(tr("Today"));
+    m_sidebar->setCurrentRow(0);
+    connect(m_sidebar, &QListWidget::currentRowChanged, m_screens, &QStackedWidget::setCurrentIndex);
+    auto* shellLayout = new QHBoxLayout(m_shell);
+    shellLayout->setContentsMargins(0, 0, 0, 0);
+    shellLayout->setSpacing(0);
+    shellLayout->addWidget(m_sidebar);
+    shellLayout->addWidget(m_screens, 1);
 
-    auto* card = new QFrame(this);
-    card->setObjectName(QStringLiteral("card"));
+    auto* layout = new QHBoxLayout(this);
+    layout->setContentsMargins(0, 0, 0, 0);
+    layout->addWidget(m_pages);
 
-    auto* caption = makeLabel(tr("Vault location"), "caption", card);
-    scaleFont(caption, 0.9, QFont::Medium);
+    connect(m_onboarding, &OnboardingPage::createRequested, this, &MainWindow::create);
+    connect(m_lock, &LockPage::unlockRequested, this, &MainWindow::unlock);
 
-    m_location = makeLabel(QString(), "vaultLocation", card);
-    m_location->setTextInteractionFlags(Qt::TextSelectableByMouse);
-
-    m_statusDot = new QLabel(card);
-    m_statusDot->setObjectName(QStringLiteral("statusDot"));
-    m_statusDot->setFixedSize(10, 10);
-
-    m_status = makeLabel(QString(), "vaultStatus", card);
-    scaleFont(m_status, 1.0, QFont::Medium);
-
-    auto* statusRow = new QHBoxLayout;
-    statusRow->setSpacing(10);
-    statusRow->addWidget(m_statusDot, 0, Qt::AlignVCenter);
-    statusRow->addWidget(m_status, 1);
-
-    auto* cardLayout = new QVBoxLayout(card);
-    cardLayout->setContentsMargins(24, 20, 24, 22);
-    cardLayout->setSpacing(6);
-    cardLayout->addWidget(caption);
-    cardLayout->addWidget(m_location);
-    cardLayout->addSpacing(14);
-    cardLayout->addLayout(statusRow);
-
-    auto* footnote =
-        makeLabel(tr("Your records, CME and documents will appear here in a coming release."), "footnote", this);
-    scaleFont(footnote, 0.9);
-
-    auto* layout = new QVBoxLayout(this);
-    layout->setContentsMargins(48, 44, 48, 36);
-    layout->setSpacing(8);
-    layout->addWidget(title);
-    layout->addWidget(tagline);
-    layout->addSpacing(28);
-    layout->addWidget(card);
-    layout->addStretch(1);
-    layout->addWidget(footnote);
-
+    if (auto started = m_store->start(); !started) m_lock->showError(message(started.error()));
     refresh();
 }
 
-std::filesystem::path MainWindow::vaultDirectory() {
-    return VaultFiles::defaultDirectory();
-}
+MainWindow::~MainWindow() = default;
 
-std::filesystem::path MainWindow::vaultFile() { return vaultDirectory() / VaultFiles::kDocumentFileName; }
+QString MainWindow::pageName() const {
+    if (m_pages->currentWidget() == m_onboarding) return QStringLiteral("onboarding");
+    if (m_pages->currentWidget() == m_lock) return QStringLiteral("lock");
+    return QStringLiteral("today");
+}
 
 void MainWindow::refresh() {
-    m_location->setText(displayPath(vaultDirectory()));
-
-    // An unreadable folder reads as "no vault": the user can still see where we looked.
-    std::error_code error;
-    const bool present = std::filesystem::is_regular_file(vaultFile(), error);
-    m_status->setText(present ? tr("A vault is on this device.") : tr("No vault on this device yet."));
-
-    for (QWidget* widget : {static_cast<QWidget*>(m_statusDot), static_cast<QWidget*>(m_status)}) {
-        widget->setProperty("present", present);
-        widget->style()->unpolish(widget);
-        widget->style()->polish(widget);
+    switch (m_store->phase()) {
+    case VaultPhase::loading:
+    case VaultPhase::welcome:
+        m_pages->setCurrentWidget(m_onboarding);
+        return;
+    case VaultPhase::locked:
+        m_pages->setCurrentWidget(m_lock);
+        m_lock->unlockButton()->setFocus();
+        return;
+    case VaultPhase::ready:
+        break;
     }
+    m_pages->setCurrentWidget(m_shell);
+    const Day today = Day::local(m_clock.now());
+    const auto& rules = m_requirements.file();
+    const auto readiness = Readiness::compute(m_store->doc(), rules ? &*rules : nullptr, today);
+    m_today->show(readiness, today);
 }
 
-bool MainWindow::event(QEvent* event) {
-    if (event->type() == QEvent::WindowActivate) {
-        refresh();
+bool MainWindow::lockIfEnabled() {
+    if (!m_store->prefs().flag(Prefs::kAppLock) || m_store->phase() != VaultPhase::ready) return false;
+    if (auto locked = m_store->lock(); !locked) {
+        m_lock->showError(message(locked.error()));
+        return false;
     }
-    return QWidget::event(event);
+    refresh();
+    return true;
+}
+
+void MainWindow::changeEvent(QEvent* event) {
+    if (event->type() == QEvent::WindowStateChange && isMinimized()) lockIfEnabled();
+    QWidget::changeEvent(event);
+}
+
+void MainWindow::hideEvent(QHideEvent* event) {
+    lockIfEnabled();
+    QWidget::hideEvent(event);
+}
+
+void MainWindow::create() {
+    if (auto created = m_store->create(m_onboarding->onboarding()); !created) {
+        m_onboarding->showError(message(created.error()));
+        return;
+    }
+    refresh();
+}
+
+void MainWindow::unlock() {
+    if (auto unlocked = m_store->unlock(); !unlocked) {
+        m_lock->showError(message(unlocked.error()));
+        return;
+    }
+    m_lock->showError(QString());
+    refresh();
 }
 
 }  // namespace corvale::app

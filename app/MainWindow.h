@@ -1,38 +1,65 @@
 #pragma once
-// The desktop window. Until the record screens land it only tells the user
-// where this device's vault lives and whether one is there.
+// The window: onboarding, the lock screen or the screens, as the store's
+// phase says. Everything it shows comes from the one VaultStore it owns.
 
 #include <QWidget>
 
-#include <filesystem>
+#include <memory>
 
-class QEvent;
-class QLabel;
+class QListWidget;
+class QStackedWidget;
+
+// Kept out of this header: the meta-object compiler cannot read the records' C++20 headers.
+namespace corvale {
+class Clock;
+class Requirements;
+class VaultStore;
+struct VaultStoreSetup;
+}  // namespace corvale
 
 namespace corvale::app {
+
+class LockPage;
+class OnboardingPage;
+class TodayPage;
 
 class MainWindow : public QWidget {
     Q_OBJECT
 
 public:
-    explicit MainWindow(QWidget* parent = nullptr);
+    MainWindow(const VaultStoreSetup& setup, const Requirements& requirements, QWidget* parent = nullptr);
+    ~MainWindow() override;
 
-    // The folder that holds this device's vault, whether or not it exists yet.
-    static std::filesystem::path vaultDirectory();
-    // The sealed vault file inside vaultDirectory().
-    static std::filesystem::path vaultFile();
-
-    // Re-reads the disk; also runs whenever the window is activated, so a vault
-    // created elsewhere shows up when the user comes back.
+    VaultStore& store() { return *m_store; }
+    // Shows the page the phase calls for and recomputes what it shows.
     void refresh();
+    // "onboarding", "lock" or the screen's name.
+    QString pageName() const;
+    // With app lock on: saves what is pending, empties the document and shows the lock screen.
+    bool lockIfEnabled();
+
+    OnboardingPage* onboardingPage() const { return m_onboarding; }
+    LockPage* lockPage() const { return m_lock; }
+    TodayPage* todayPage() const { return m_today; }
 
 protected:
-    bool event(QEvent* event) override;
+    void changeEvent(QEvent* event) override;
+    void hideEvent(QHideEvent* event) override;
 
 private:
-    QLabel* m_location = nullptr;
-    QLabel* m_statusDot = nullptr;
-    QLabel* m_status = nullptr;
+    void create();
+    void unlock();
+
+    const Clock& m_clock;
+    const Requirements& m_requirements;
+    std::unique_ptr<VaultStore> m_store;
+    QStackedWidget* m_pages = nullptr;
+    OnboardingPage* m_onboarding = nullptr;
+    LockPage* m_lock = nullptr;
+    QWidget* m_shell = nullptr;
+    QListWidget* m_sidebar = nullptr;
+    QStackedWidget* m_screens = nullptr;
+    TodayPage* m_today = nullptr;
 };
 
 }  // namespace corvale::app

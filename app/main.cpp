@@ -1,13 +1,38 @@
 #include "app/MainWindow.h"
+#include "app/QtScheduler.h"
+#include "platform/linux/LibsecretSecretStore.h"
+#include "platform/linux/PamAuthenticator.h"
+#include "platform/linux/PosixFileSystem.h"
+#include "requirements/Requirements.h"
+#include "vault/VaultStore.h"
 
 #include <QApplication>
+#include <QInputDialog>
 
 int main(int argc, char* argv[]) {
+    using namespace corvale;
     QApplication application(argc, argv);
     QApplication::setApplicationName(QStringLiteral("Corvale"));
     QApplication::setApplicationDisplayName(QStringLiteral("Corvale"));
 
-    corvale::app::MainWindow window;
+    PosixFileSystem files;
+    LibsecretSecretStore secrets;
+    SystemClock clock;
+    app::QtScheduler scheduler;
+    // The account password, asked in a dialog that names why it is wanted.
+    PamAuthenticator authenticator([](const std::string& reason) -> std::optional<std::string> {
+        bool accepted = false;
+        const QString password = QInputDialog::getText(
+            QApplication::activeWindow(), QString::fromStdString(reason),
+            QObject::tr("%1: enter the password you use to sign in to this computer.")
+                .arg(QString::fromStdString(reason)),
+            QLineEdit::Password, QString(), &accepted);
+        if (!accepted) return std::nullopt;
+        return password.toStdString();
+    });
+
+    app::MainWindow window(VaultStoreSetup::standard(files, secrets, clock, scheduler, authenticator),
+                           Requirements::shared());
     window.show();
     return QApplication::exec();
 }

@@ -1,0 +1,52 @@
+#include "app/LockPage.h"
+
+#include "app/Theme.h"
+
+#include <QFrame>
+#include <QLabel>
+#include <QPushButton>
+#include <QVBoxLayout>
+
+namespace corvale::app {
+
+LockPage::LockPage(QWidget* parent) : QWidget(parent) {
+    setObjectName(QStringLiteral("page"));
+    setAttribute(Qt::WA_StyledBackground, true);
+
+    auto* card = new QFrame(this);
+    card->setObjectName(QStringLiteral("card"));
+    card->setFixedWidth(420);
+    auto* title = makeLabel(tr("Corvale is locked"), "title", card);
+    scaleFont(title, 1.6, QFont::DemiBold);
+    title->setAlignment(Qt::AlignCenter);
+    auto* detail = makeLabel(tr("Your records stay sealed until you unlock with your account password."), "detail", card);
+    detail->setAlignment(Qt::AlignCenter);
+    m_error = makeLabel(QString(), "error", card);
+    m_error->setAlignment(Qt::AlignCenter);
+    m_error->setVisible(false);
+    m_unlock = new QPushButton(tr("Unlock"), card);
+    m_unlock->setObjectName(QStringLiteral("primary"));
+    m_unlock->setDefault(true);
+    m_unlock->setAccessibleName(tr("Unlock Corvale"));
+    connect(m_unlock, &QPushButton::clicked, this, &LockPage::unlockRequested);
+
+    auto* cardLayout = new QVBoxLayout(card);
+    cardLayout->setContentsMargins(32, 32, 32, 28);
+    cardLayout->setSpacing(12);
+    cardLayout->addWidget(title);
+    cardLayout->addWidget(detail);
+    cardLayout->addWidget(m_error);
+    cardLayout->addWidget(m_unlock, 0, Qt::AlignHCenter);
+
+    auto* layout = new QVBoxLayout(this);
+    layout->addStretch(1);
+    layout->addWidget(card, 0, Qt::AlignHCenter);
+    layout->addStretch(2);
+}
+
+void LockPage::showError(const QString& message) {
+    m_error->setText(message);
+    m_error->setVisible(!message.isEmpty());
+}
+
+}  // namespace corvale::app

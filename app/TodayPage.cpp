@@ -1,0 +1,203 @@
+#include "app/TodayPage.h"
+
+#include "requirements/Readiness.h"
+
+#include "app/ProgressRing.h"
+#include "app/Theme.h"
+#include "requirements/CredentialRenewal.h"
+#include "requirements/USState.h"
+
+#include <QFrame>
+#include <QHBoxLayout>
+#include <QLabel>
+#include <QScrollArea>
+#include <QVBoxLayout>
+
+#include <algorithm>
+#include <cmath>
+
+namespace corvale::app {
+namespace {
+
+constexpr int kRenewalHorizonDays = 90;
+
+QString text(const std::string& value) { return QString::fromStdString(value); }
+
+void clear(QVBoxLayout* layout) {
+    while (QLayoutItem* item = layout->takeAt(0)) {
+        if (QWidget* widget = item->widget()) widget->deleteLater();
+        delete item;
+    }
+}
+
+// A titled card whose rows the page refills on every change.
+QVBoxLayout* section(const QString& heading, QVBoxLayout* into, QWidget* parent) {
+    auto* card = new QFrame(parent);
+    card->setObjectName(QStringLiteral("card"));
+    auto* layout = new QVBoxLayout(card);
+    layout->setContentsMargins(22, 18, 22, 18);
+    layout->setSpacing(10);
+    auto* title = makeLabel(heading, "sectionTitle", card);
+    scaleFont(title, 1.15, QFont::DemiBold);
+    layout->addWidget(title);
+    auto* rows = new QVBoxLayout;
+    rows->setSpacing(12);
+    layout->addLayout(rows);
+    into->addWidget(card);
+    return rows;
+}
+
+QWidget* deductionRow(const StandingScore::Deduction& deduction) {
+    auto* row = new QWidget;
+    row->setAccessibleName(text(deduction.title));
+    auto* points = new QLabel(QStringLiteral("−%1").arg(deduction.points), row);
+    points->setFixedWidth(44);
+    points->setAlignment(Qt::AlignRight | Qt::AlignTop);
+    scaleFont(points, 1.1, QFont::DemiBold);
+    points->setStyleSheet(QStringLiteral("color: %1;").arg(
+        (deduction.thisMonth ? alertColor() : deduction.points >= 5 ? warnColor() : QColor(0x61, 0x6e, 0x7c)).name()));
+    QString heading = text(deduction.title);
+    if (deduction.person) heading += QStringLiteral(" · ") + text(*deduction.person);
+    auto* title = makeLabel(heading, "deductionTitle", row);
+    scaleFont(title, 1.0, QFont::DemiBold);
+    auto* words = new QVBoxLayout;
+    words->setSpacing(2);
+    words->addWidget(title);
+    words->addWidget(makeLabel(text(deduction.detail), "detail", row));
+    words->addWidget(makeLabel(text(deduction.recovery()), "caption", row));
+    auto* layout = new QHBoxLayout(row);
+    layout->setContentsMargins(0, 0, 0, 0);
+    layout->setSpacing(14);
+    layout->addWidget(points);
+    layout->addLayout(words, 1);
+    return row;
+}
+
+QString daysText(int days) {
+    if (days == 0) return QObject::tr("today");
+    if (days == 1) return QObject::tr("tomorrow");
+    return QObject::tr("in %1 days").arg(days);
+}
+
+QWidget* licenceRow(const StateProgress& progress) {
+    auto* row = new QWidget;
+    const std::string code = progress.license.state.value_or("");
+    const QString state = QString::fromStdString(USState::nameOf(code));
+    row->setAccessibleName(state);
+    auto* ring = new ProgressRing(48, row);
+    ring->setValue(progress.ringFraction(), QStringLiteral("%1%").arg(std::lround(progress.ringFraction() * 100)));
+    ring->setAccessibleName(QObject::tr("%1 cycle progress").arg(state));
+    auto* title = makeLabel(state + QStringLiteral(" · ") +
+                                QString::fromStdString(progress.cycleStart.shortFormatted() + " – " +
+                                                       progress.cycleEnd.shortFormatted()),
+                            "licenceTitle", row);
+    scaleFont(title, 1.0, QFont::DemiBold);
+    auto* words = new QVBoxLayout;
+    words->setSpacing(2);
+    words->addWidget(title);
+    words->addWidget(makeLabel(text(progress.summary()), "detail", row));
+    const auto open = progress.openTopics();
+    if (!open.empty()) {
+        QStringList names;
+        for (const auto& line : open) names << text(line.name);
+        words->addWidget(makeLabel(QObject::tr("Still open: %1").arg(names.join(QStringLiteral(", "))), "caption", row));
+    }
+    if (progress.resolved) {
+        if (const auto caveat = progress.resolved->caveat(USState::nameOf(code))) {
+            words->addWidget(makeLabel(text(*caveat), "footnote", row));
+        }
+    }
+    auto* layout = new QHBoxLayout(row);
+    layout->setContentsMargins(0, 0, 0, 0);
+    layout->setSpacing(14);
+    layout->addWidget(ring, 0, Qt::AlignTop);
+    layout->addLayout(words, 1);
+    return row;
+}
+
+}  // namespace
+
+TodayPage::TodayPage(QWidget* parent) : QWidget(parent) {
+    setObjectName(QStringLiteral("page"));
+    setAttribute(Qt::WA_StyledBackground, true);
+
+    auto* content = new QWidget;
+    content->setObjectName(QStringLiteral("page"));
+    auto* column = new QVBoxLayout(content);
+    column->setContentsMargins(36, 28, 36, 28);
+    column->setSpacing(18);
+
+    auto* header = new QFrame(content);
+    header->setObjectName(QStringLiteral("card"));
+    m_score = new ProgressRing(120, header);
+    m_score->setAccessibleName(tr("Standing score"));
+    auto* heading = makeLabel(tr("Today"), "title", header);
+    scaleFont(heading, 1.8, QFont::DemiBold);
+    m_headline = makeLabel(QString(), "headline", header);
+    scaleFont(m_headline, 1.2);
+    m_headline->setAccessibleName(tr("Headline"));
+    m_date = makeLabel(QString(), "caption", header);
+    auto* words = new QVBoxLayout;
+    words->addStretch(1);
+    words->addWidget(heading);
+    words->addWidget(m_headline);
+    words->addWidget(m_date);
+    words->addStretch(1);
+    auto* headerLayout = new QHBoxLayout(header);
+    headerLayout->setContentsMargins(26, 22, 26, 22);
+    headerLayout->setSpacing(26);
+    headerLayout->addWidget(m_score);
+    headerLayout->addLayout(words, 1);
+    column->addWidget(header);
+
+    m_deductions = section(tr("What needs you"), column, content);
+    m_renewals = section(tr("Renewals in the next 90 days"), column, content);
+    m_licences = section(tr("Continuing education by licence"), column, content);
+    column->addStretch(1);
+
+    auto* scroll = new QScrollArea(this);
+    scroll->setWidget(content);
+    scroll->setWidgetResizable(true);
+    scroll->setFrameShape(QFrame::NoFrame);
+    auto* layout = new QVBoxLayout(this);
+    layout->setContentsMargins(0, 0, 0, 0);
+    layout->addWidget(scroll);
+}
+
+QString TodayPage::headline() const { return m_headline->text(); }
+
+void TodayPage::show(const Readiness& readiness, const Day& today) {
+    const StandingScore& score = readiness.score;
+    m_score->setValue(score.value / 100.0, QString::number(score.value));
+    m_headline->setText(text(score.headline));
+    m_date->setText(tr("Standing %1 of 100 on %2").arg(score.value).arg(text(today.formatted())));
+
+    clear(m_deductions);
+    for (const auto& deduction : score.deductions) m_deductions->addWidget(deductionRow(deduction));
+    if (score.deductions.empty()) m_deductions->addWidget(makeLabel(tr("Nothing is costing you points."), "detail", nullptr));
+
+    clear(m_renewals);
+    auto credentials = readiness.input.active();
+    std::erase_if(credentials, [&](const Credential* c) {
+        return !c->expiresOn || today.daysTo(*c->expiresOn) < 0 || today.daysTo(*c->expiresOn) > kRenewalHorizonDays;
+    });
+    std::stable_sort(credentials.begin(), credentials.end(),
+                     [](const Credential* a, const Credential* b) { return *a->expiresOn < *b->expiresOn; });
+    for (const Credential* credential : credentials) {
+        const int days = today.daysTo(*credential->expiresOn);
+        QString line = text(renewTitle(*credential)) + QStringLiteral(" · ") +
+                       text(credential->expiresOn->formatted()) + QStringLiteral(" (") + daysText(days) +
+                       QStringLiteral(")");
+        if (isRenewalFiled(*credential)) line += tr(", renewal filed");
+        m_renewals->addWidget(makeLabel(line, "detail", nullptr));
+    }
+    if (credentials.empty()) m_renewals->addWidget(makeLabel(tr("No renewals due in the next 90 days."), "detail", nullptr));
+
+    clear(m_licences);
+    for (const auto& progress : readiness.progress) m_licences->addWidget(licenceRow(progress));
+    if (readiness.progress.empty()) {
+        m_licences->addWidget(makeLabel(tr("Add a state licence to see its education cycle."), "detail", nullptr));
+    }
+}
+
+}  // namespace corvale::app

@@ -1,0 +1,40 @@
+#pragma once
+// What needs the user now: the standing score and its deductions, the
+// renewals of the next 90 days and each licence's education cycle.
+
+#include <QWidget>
+
+class QLabel;
+class QVBoxLayout;
+
+// Kept out of this header: the meta-object compiler cannot read the records' C++20 headers.
+namespace corvale {
+struct Day;
+struct Readiness;
+}  // namespace corvale
+
+namespace corvale::app {
+
+class ProgressRing;
+
+class TodayPage : public QWidget {
+    Q_OBJECT
+
+public:
+    explicit TodayPage(QWidget* parent = nullptr);
+
+    void show(const Readiness& readiness, const Day& today);
+
+    const ProgressRing* scoreRing() const { return m_score; }
+    QString headline() const;
+
+private:
+    ProgressRing* m_score = nullptr;
+    QLabel* m_headline = nullptr;
+    QLabel* m_date = nullptr;
+    QVBoxLayout* m_deductions = nullptr;
+    QVBoxLayout* m_renewals = nullptr;
+    QVBoxLayout* m_licences = nullptr;
+};
+
+}  // namespace corvale::app
