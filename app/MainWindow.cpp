@@ -90,7 +90,7 @@ void MainWindow::refresh() {
     const Day today = Day::local(m_clock.now());
     const auto& rules = m_requirements.file();
     const auto readiness = Readiness::compute(m_store->doc(), rules ? &*rules : nullptr, today);
-    m_today->show(readiness, today);
+    m_today->display(readiness, today);
 }
 
 bool MainWindow::lockIfEnabled() {

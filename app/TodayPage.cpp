@@ -166,7 +166,7 @@ TodayPage::TodayPage(QWidget* parent) : QWidget(parent) {
 
 QString TodayPage::headline() const { return m_headline->text(); }
 
-void TodayPage::show(const Readiness& readiness, const Day& today) {
+void TodayPage::display(const Readiness& readiness, const Day& today) {
     const StandingScore& score = readiness.score;
     m_score->setValue(score.value / 100.0, QString::number(score.value));
     m_headline->setText(text(score.headline));

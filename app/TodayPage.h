@@ -23,7 +23,7 @@ class TodayPage : public QWidget {
 public:
     explicit TodayPage(QWidget* parent = nullptr);
 
-    void show(const Readiness& readiness, const Day& today);
+    void display(const Readiness& readiness, const Day& today);
 
     const ProgressRing* scoreRing() const { return m_score; }
     QString headline() const;
