@@ -166,7 +166,7 @@ void OnboardingPage::submit() {
     for (QString piece : m_otherStates->text().split(QRegularExpression(QStringLiteral("[,;\\s]+")), Qt::SkipEmptyParts)) {
         const std::string code = asciiUpper(piece.toStdString());
         if (!USState::find(code)) {
-            showError(tr("'%1' isn't a state; use its two-letter code, like CA.").arg(piece));
+            showError(QString::fromStdString(notAState(piece.toStdString())));
             m_otherStates->setFocus();
             return;
         }

@@ -102,11 +102,7 @@ QWidget* licenceRow(const StateProgress& progress) {
         for (const auto& line : open) names << text(line.name);
         words->addWidget(makeLabel(QObject::tr("Still open: %1").arg(names.join(QStringLiteral(", "))), "caption", row));
     }
-    if (progress.resolved) {
-        if (const auto caveat = progress.resolved->caveat(USState::nameOf(code))) {
-            words->addWidget(makeLabel(text(*caveat), "footnote", row));
-        }
-    }
+    if (const auto caveat = progress.caveat()) words->addWidget(makeLabel(text(*caveat), "footnote", row));
     auto* layout = new QHBoxLayout(row);
     layout->setContentsMargins(0, 0, 0, 0);
     layout->setSpacing(14);

@@ -39,9 +39,6 @@ struct Session {
     Timestamp now() const { return Timestamp::now(setup.clock); }
 };
 
-// The usage sentence for text that names no state.
-std::string notAState(std::string_view text);
-
 // The lists a TYPE argument can name.
 enum class RecordList { people, credentials, cme, documents, packets, healthRecords };
 std::optional<RecordList> recordListFromName(std::string_view name);

@@ -6,6 +6,7 @@
 #include "records/Degree.h"
 #include "records/DocumentKind.h"
 #include "records/RecordEnums.h"
+#include "requirements/USState.h"
 
 #include <CLI/CLI.hpp>
 
@@ -61,14 +62,6 @@ CLI::Validator dayValidator() {
         },
         "YYYY-MM-DD");
 }
-
-}  // namespace
-
-std::string notAState(std::string_view text) {
-    return "'" + std::string(text) + "' isn't a state; use its two-letter code, like CA.";
-}
-
-namespace {
 
 // Upper-cases in place, so "ca" is stored as the board writes it.
 CLI::Validator stateValidator() {

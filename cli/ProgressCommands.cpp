@@ -38,11 +38,6 @@ std::string topicText(const StateProgress::TopicLine& line) {
     return text;
 }
 
-std::optional<std::string> caveatOf(const StateProgress& progress) {
-    if (!progress.resolved) return std::nullopt;
-    return progress.resolved->caveat(USState::nameOf(progress.license.state.value_or("")));
-}
-
 // The few lines of one licence that the daily view needs.
 void printBrief(std::ostream& out, const StateProgress& progress) {
     out << "  " << stateHeading(progress) << " · cycle " << cycleText(progress) << '\n';
@@ -57,7 +52,7 @@ void printBrief(std::ostream& out, const StateProgress& progress) {
         for (std::size_t i = 0; i < open.size(); ++i) out << (i ? "; " : "") << topicText(open[i]);
         out << '\n';
     }
-    if (const auto caveat = caveatOf(progress)) out << "    " << *caveat << '\n';
+    if (const auto caveat = progress.caveat()) out << "    " << *caveat << '\n';
 }
 
 void printDeductions(std::ostream& out, const StandingScore& score) {
@@ -128,9 +123,7 @@ OfficeTotals officeTotals(const Readiness& readiness) {
     totals.people = static_cast<int>(readiness.people.size());
     const auto active = readiness.input.active();
     totals.credentials = static_cast<int>(active.size());
-    std::unordered_set<std::string_view> documents;
-    for (const auto& document : readiness.input.documents)
-        if (!document.deleted) documents.insert(document.id);
+    const auto documents = readiness.input.liveDocumentIds();
     totals.withoutCopy = static_cast<int>(
         std::count_if(active.begin(), active.end(), [&](const Credential* c) { return needsDocument(*c, documents); }));
     long sum = 0;
@@ -276,7 +269,7 @@ int runProgress(Session& session, const ProgressOptions& options, bool json) {
         }
         out << "  Activities in this cycle: " << progress.activities.size() << '\n';
         for (const CMEActivity* activity : progress.activities) out << "    " << activityLine(*activity) << '\n';
-        if (const auto caveat = caveatOf(progress)) out << "  Caveat: " << *caveat << '\n';
+        if (const auto caveat = progress.caveat()) out << "  Caveat: " << *caveat << '\n';
         out << '\n';
     }
     return kSucceeded;

@@ -72,24 +72,19 @@ std::vector<Degree> professionsOf(const StateRule& state) {
     return result;
 }
 
-template <class T>
-void put(JSONObject& object, std::string_view key, const std::optional<T>& value) {
-    if (value) object.emplace(std::string(key), JSONValue(*value));
-}
-
 JSONValue professionJSON(const StateRule& state, Degree degree, const Requirements& requirements) {
     JSONObject object;
     if (const auto resolved = state.resolved(degree)) {
         object = resolvedRuleJSON(*resolved, requirements.file() ? &*requirements.file() : nullptr, state.name).asObject();
     } else if (const auto board = state.boardInfo(degree)) {
-        put(object, "boardName", board->name);
-        put(object, "boardURL", board->url);
+        putIfPresent(object, "boardName", board->name);
+        putIfPresent(object, "boardURL", board->url);
     }
     object.insert_or_assign("profession", std::string(rawValue(degree)));
     object.emplace("unknownRule", state.unknownRule(degree));
     if (const auto years = state.renewalYearsFor(degree)) object.emplace("renewalYears", *years);
-    put(object, "renewalBasis", state.basis(degree));
-    put(object, "renewalDate", state.renewalDateFor(degree));
+    putIfPresent(object, "renewalBasis", state.basis(degree));
+    putIfPresent(object, "renewalDate", state.renewalDateFor(degree));
     if (isNurse(degree)) object.emplace("compact", NurseCompact::stateSentence(state.code));
     return object;
 }
@@ -178,9 +173,9 @@ int runRules(Session& session, const RulesOptions& options, bool json) {
         JSONObject object;
         object.emplace("code", state->code);
         object.emplace("name", state->name);
-        put(object, "verifyURL", state->verifyURL);
-        put(object, "lastChecked", state->lastChecked);
-        put(object, "verified", state->verified);
+        putIfPresent(object, "verifyURL", state->verifyURL);
+        putIfPresent(object, "lastChecked", state->lastChecked);
+        putIfPresent(object, "verified", state->verified);
         JSONValue::Array list;
         for (const Degree degree : professions) list.push_back(professionJSON(*state, degree, session.requirements));
         object.emplace("professions", std::move(list));
@@ -214,21 +209,21 @@ int runFees(Session& session, const std::vector<std::string>& states, bool json)
             object.emplace("code", code);
             object.emplace("name", USState::nameOf(code));
             if (const StateFee* fee = session.fees.state(code)) {
-                put(object, "applicationFee", fee->applicationFee);
-                put(object, "licenseOrIssuanceFee", fee->licenseOrIssuanceFee);
-                put(object, "renewalFee", fee->renewalFee);
-                put(object, "renewalYears", fee->renewalYears);
+                putIfPresent(object, "applicationFee", fee->applicationFee);
+                putIfPresent(object, "licenseOrIssuanceFee", fee->licenseOrIssuanceFee);
+                putIfPresent(object, "renewalFee", fee->renewalFee);
+                putIfPresent(object, "renewalYears", fee->renewalYears);
                 if (fee->processing) {
                     JSONObject processing;
-                    put(processing, "text", fee->processing->text);
-                    put(processing, "typicalDays", fee->processing->typicalDays);
+                    putIfPresent(processing, "text", fee->processing->text);
+                    putIfPresent(processing, "typicalDays", fee->processing->typicalDays);
                     object.emplace("processing", std::move(processing));
                 }
-                put(object, "imlcMember", fee->imlcMember);
-                put(object, "boardFeesURL", fee->boardFeesURL);
-                put(object, "lastChecked", fee->lastChecked);
-                put(object, "verified", fee->verified);
-                put(object, "notes", fee->notes);
+                putIfPresent(object, "imlcMember", fee->imlcMember);
+                putIfPresent(object, "boardFeesURL", fee->boardFeesURL);
+                putIfPresent(object, "lastChecked", fee->lastChecked);
+                putIfPresent(object, "verified", fee->verified);
+                putIfPresent(object, "notes", fee->notes);
             }
             list.push_back(std::move(object));
         }

@@ -6,7 +6,9 @@
 #include <initializer_list>
 #include <map>
 #include <memory>
+#include <optional>
 #include <string>
+#include <string_view>
 #include <utility>
 #include <variant>
 #include <vector>
@@ -57,5 +59,11 @@ private:
 };
 
 using JSONObject = JSONValue::Object;
+
+// Writes `value` under `key` when it is there; absent optionals are left out of JSON.
+template <class T>
+void putIfPresent(JSONObject& object, std::string_view key, const std::optional<T>& value) {
+    if (value) object.emplace(std::string(key), JSONValue(*value));
+}
 
 }  // namespace corvale

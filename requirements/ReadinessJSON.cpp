@@ -6,22 +6,17 @@
 namespace corvale {
 namespace {
 
-template <class T>
-void put(JSONObject& object, std::string_view key, const std::optional<T>& value) {
-    if (value) object.emplace(std::string(key), JSONValue(*value));
-}
-
 JSONValue topicRuleJSON(const TopicRule& topic, const RequirementsFile* names) {
     JSONObject object;
     object.emplace("key", topic.key);
     object.emplace("name", names ? names->topicName(topic.key) : humanise(topic.key));
-    put(object, "hours", topic.hours);
-    put(object, "note", topic.note);
-    put(object, "frequency", topic.frequency);
-    put(object, "everyNCycles", topic.everyNCycles);
-    put(object, "everyYears", topic.everyYears);
-    put(object, "appliesTo", topic.appliesTo);
-    put(object, "boardApprovedOnly", topic.boardApprovedOnly);
+    putIfPresent(object, "hours", topic.hours);
+    putIfPresent(object, "note", topic.note);
+    putIfPresent(object, "frequency", topic.frequency);
+    putIfPresent(object, "everyNCycles", topic.everyNCycles);
+    putIfPresent(object, "everyYears", topic.everyYears);
+    putIfPresent(object, "appliesTo", topic.appliesTo);
+    putIfPresent(object, "boardApprovedOnly", topic.boardApprovedOnly);
     object.emplace("isOneTime", topic.isOneTime());
     return object;
 }
@@ -32,7 +27,7 @@ JSONValue topicLineJSON(const StateProgress::TopicLine& line) {
     object.emplace("name", line.name);
     object.emplace("required", line.required);
     object.emplace("done", line.done);
-    put(object, "note", line.note);
+    putIfPresent(object, "note", line.note);
     object.emplace("boardApprovedOnly", line.boardApprovedOnly);
     object.emplace("unapprovedHours", line.unapprovedHours);
     object.emplace("open", line.isOpen());
@@ -46,22 +41,22 @@ JSONValue topicLineJSON(const StateProgress::TopicLine& line) {
 
 JSONValue ruleJSON(const Rule& rule, const RequirementsFile* names) {
     JSONObject object;
-    put(object, "cycleYears", rule.cycleYears);
-    put(object, "hours", rule.hours);
-    put(object, "cat1Min", rule.cat1Min);
+    putIfPresent(object, "cycleYears", rule.cycleYears);
+    putIfPresent(object, "hours", rule.hours);
+    putIfPresent(object, "cat1Min", rule.cat1Min);
     if (rule.topics) {
         JSONValue::Array topics;
         for (const auto& topic : *rule.topics) topics.push_back(topicRuleJSON(topic, names));
         object.emplace("topics", std::move(topics));
     }
-    put(object, "renewalBasis", rule.renewalBasis);
-    put(object, "renewalYears", rule.renewalYears);
-    put(object, "renewalDate", rule.renewalDate);
-    put(object, "board", rule.board);
-    put(object, "boardURL", rule.boardURL);
-    put(object, "notes", rule.notes);
-    put(object, "verified", rule.verified);
-    put(object, "lastChecked", rule.lastChecked);
+    putIfPresent(object, "renewalBasis", rule.renewalBasis);
+    putIfPresent(object, "renewalYears", rule.renewalYears);
+    putIfPresent(object, "renewalDate", rule.renewalDate);
+    putIfPresent(object, "board", rule.board);
+    putIfPresent(object, "boardURL", rule.boardURL);
+    putIfPresent(object, "notes", rule.notes);
+    putIfPresent(object, "verified", rule.verified);
+    putIfPresent(object, "lastChecked", rule.lastChecked);
     return object;
 }
 
@@ -70,9 +65,9 @@ JSONValue resolvedRuleJSON(const ResolvedRule& resolved, const RequirementsFile*
     object.emplace("profession", std::string(rawValue(resolved.profession)));
     object.emplace("source", std::string(rawValue(resolved.source)));
     object.emplace("rule", ruleJSON(resolved.rule, names));
-    put(object, "boardName", resolved.boardName);
-    put(object, "boardURL", resolved.boardURL);
-    put(object, "caveat", resolved.caveat(stateName));
+    putIfPresent(object, "boardName", resolved.boardName);
+    putIfPresent(object, "boardURL", resolved.boardURL);
+    putIfPresent(object, "caveat", resolved.caveat(stateName));
     object.emplace("noCERequired", resolved.noCERequired());
     return object;
 }
@@ -124,7 +119,7 @@ JSONValue standingJSON(const StandingScore& score) {
         object.emplace("detail", deduction.detail);
         object.emplace("fix", std::move(fix));
         object.emplace("term", deduction.term);
-        put(object, "person", deduction.person);
+        putIfPresent(object, "person", deduction.person);
         object.emplace("thisMonth", deduction.thisMonth);
         object.emplace("recovery", deduction.recovery());
         deductions.push_back(std::move(object));

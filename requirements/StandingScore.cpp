@@ -248,11 +248,22 @@ std::string StandingScore::Deduction::recovery() const {
     return opening + pointsText(points) + ".";
 }
 
-StandingBreakdown StandingScore::breakdown(const StandingInput& input) {
-    std::unordered_set<std::string_view> documents;
-    documents.reserve(input.documents.size());
-    for (const auto& document : input.documents)
-        if (!document.deleted) documents.insert(document.id);
+std::unordered_set<std::string_view> StandingInput::liveDocumentIds() const {
+    std::unordered_set<std::string_view> ids;
+    ids.reserve(documents.size());
+    for (const auto& document : documents)
+        if (!document.deleted) ids.insert(document.id);
+    return ids;
+}
+
+StandingBreakdown StandingScore::breakdown(const StandingInput& input) { return settleAll(input, true); }
+
+StandingScore StandingScore::compute(const StandingInput& input) { return settleAll(input, false).whole; }
+
+std::vector<PersonStanding> StandingScore::perPerson(const StandingInput& input) { return settleAll(input, true).people; }
+
+StandingBreakdown StandingScore::settleAll(const StandingInput& input, bool withPeople) {
+    const auto documents = input.liveDocumentIds();
     const auto credentials = input.active();
     // The deductions are found once; the whole and each person only choose among them.
     auto found = candidatesFor(input, credentials, documents);
@@ -261,7 +272,7 @@ StandingBreakdown StandingScore::breakdown(const StandingInput& input) {
     for (auto& candidate : found) all.push_back(&candidate);
 
     StandingBreakdown result;
-    const bool several = input.personNames.size() >= 2;
+    const bool several = withPeople && input.personNames.size() >= 2;
     // Each person's share takes the deductions over once the whole has its copies.
     result.whole = settle(all, static_cast<int>(credentials.size()), !several);
     if (!several) return result;
@@ -288,8 +299,5 @@ StandingBreakdown StandingScore::breakdown(const StandingInput& input) {
     return result;
 }
 
-StandingScore StandingScore::compute(const StandingInput& input) { return breakdown(input).whole; }
-
-std::vector<PersonStanding> StandingScore::perPerson(const StandingInput& input) { return breakdown(input).people; }
 
 }  // namespace corvale

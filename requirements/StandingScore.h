@@ -12,6 +12,8 @@
 #include <optional>
 #include <span>
 #include <string>
+#include <string_view>
+#include <unordered_set>
 #include <vector>
 
 namespace corvale {
@@ -47,6 +49,8 @@ struct StandingInput {
 
     // The credentials that count: live, and of a person in view.
     std::vector<const Credential*> active() const;
+    // The ids of the documents that are not deleted: what an attached copy must point at.
+    std::unordered_set<std::string_view> liveDocumentIds() const;
     // The person's name shown on a deduction, when more than one person is kept.
     std::optional<std::string> who(const Credential& credential) const;
     std::optional<std::string> who(const std::string& personId) const;
@@ -88,6 +92,9 @@ struct StandingScore {
     static std::vector<PersonStanding> perPerson(const StandingInput& input);
     // Both at once, finding the deductions only once.
     static StandingBreakdown breakdown(const StandingInput& input);
+
+private:
+    static StandingBreakdown settleAll(const StandingInput& input, bool withPeople);
 };
 
 struct PersonStanding {

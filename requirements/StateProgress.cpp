@@ -2,6 +2,7 @@
 
 #include "requirements/CMECycle.h"
 #include "requirements/Hours.h"
+#include "requirements/USState.h"
 
 #include <algorithm>
 #include <cmath>
@@ -148,6 +149,11 @@ std::vector<StateProgress::TopicLine> StateProgress::openTopics() const {
     std::copy_if(topics.begin(), topics.end(), std::back_inserter(open),
                  [](const TopicLine& line) { return line.isOpen(); });
     return open;
+}
+
+std::optional<std::string> StateProgress::caveat() const {
+    if (!resolved) return std::nullopt;
+    return resolved->caveat(USState::nameOf(license.state.value_or("")));
 }
 
 double StateProgress::missingHours() const { return std::max(requiredHours - doneHours, 0.0); }

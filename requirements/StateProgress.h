@@ -61,6 +61,8 @@ struct StateProgress {
     std::string summary() const;
     std::vector<TopicLine> openTopics() const;
     bool noCERequired() const { return resolved && resolved->noCERequired(); }
+    // The resolved rule's caveat, naming this licence's state.
+    std::optional<std::string> caveat() const;
     // Hours still to log, 0 when the total is met.
     double missingHours() const;
     // "CME hours" for physicians and PAs, "contact hours" for nurses.

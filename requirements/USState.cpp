@@ -43,4 +43,8 @@ std::string USState::nameOf(std::string_view code) {
     return state ? std::string(state->name) : std::string(code);
 }
 
+std::string notAState(std::string_view text) {
+    return "'" + std::string(text) + "' isn't a state; use its two-letter code, like CA.";
+}
+
 }  // namespace corvale

@@ -19,4 +19,7 @@ struct USState {
     static std::string nameOf(std::string_view code);
 };
 
+// The sentence for text that names no state, wherever a state is typed.
+std::string notAState(std::string_view text);
+
 }  // namespace corvale
