@@ -6,6 +6,8 @@
 
 #include <algorithm>
 #include <cmath>
+#include <functional>
+#include <string_view>
 
 namespace corvale {
 namespace {
@@ -14,10 +16,6 @@ constexpr double kOpenRingCap = 0.97;
 
 bool countsAsCategory1(const CMEActivity& activity) {
     return activity.category == "cat1" || activity.category == "aapa";
-}
-
-bool tagged(const CMEActivity& activity, const std::string& key) {
-    return std::find(activity.topics.begin(), activity.topics.end(), key) != activity.topics.end();
 }
 
 struct Span {
@@ -101,6 +99,13 @@ std::optional<StateProgress> StateProgress::compute(const Credential& license, D
     }
 
     if (rule.topics) {
+        struct Wanted {
+            std::size_t hash;  // of the key, so most tags are told apart without comparing text
+            const std::string* key;
+            Span span;
+        };
+        std::vector<Wanted> wanted;
+        const std::hash<std::string_view> hash;
         for (const TopicRule& topic : *rule.topics) {
             if (topic.appliesTo == "deaHolders" && !deaHolder) continue;
             TopicLine line;
@@ -109,19 +114,33 @@ std::optional<StateProgress> StateProgress::compute(const Credential& license, D
             line.required = topic.hours.value_or(0);
             line.note = topic.note;
             line.boardApprovedOnly = topic.boardApprovedOnly.value_or(false);
-            const Span span = topicSpan(topic, progress, cycleYears);
-            for (const CMEActivity* pointer : activities) {
-                const CMEActivity& activity = *pointer;
-                if (activity.deleted || activity.completedOn > span.to) continue;
-                if ((span.from && activity.completedOn < *span.from) || !tagged(activity, topic.key)) continue;
-                if (line.boardApprovedOnly && !activity.boardApproved.value_or(false)) {
-                    line.unapprovedHours += activity.hours;
-                } else {
-                    line.done += activity.hours;
-                    line.counted.push_back(pointer);
+            progress.topics.push_back(std::move(line));
+            wanted.push_back({hash(topic.key), &topic.key, topicSpan(topic, progress, cycleYears)});
+        }
+        // One pass over the activities for all the lines; an activity counts once per line however often it is tagged.
+        std::vector<char> counted(wanted.size());
+        for (const CMEActivity* pointer : activities) {
+            const CMEActivity& activity = *pointer;
+            if (activity.deleted || activity.topics.empty()) continue;
+            std::fill(counted.begin(), counted.end(), 0);
+            for (const std::string& tag : activity.topics) {
+                const std::size_t tagHash = hash(tag);
+                for (std::size_t i = 0; i < wanted.size(); ++i) {
+                    const Wanted& topic = wanted[i];
+                    if (counted[i] || topic.hash != tagHash || *topic.key != tag) continue;
+                    if (activity.completedOn > topic.span.to || (topic.span.from && activity.completedOn < *topic.span.from)) {
+                        continue;
+                    }
+                    counted[i] = 1;
+                    TopicLine& line = progress.topics[i];
+                    if (line.boardApprovedOnly && !activity.boardApproved.value_or(false)) {
+                        line.unapprovedHours += activity.hours;
+                    } else {
+                        line.done += activity.hours;
+                        line.counted.push_back(pointer);
+                    }
                 }
             }
-            progress.topics.push_back(std::move(line));
         }
     }
     progress.resolved = std::move(resolved);

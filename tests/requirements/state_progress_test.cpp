@@ -168,6 +168,11 @@ TEST(StateProgress, TopicsDrawOnTheirOwnWindowsAndScopes) {
     EXPECT_EQ(open[0].key, "opioidPrescribing");
     EXPECT_EQ(open[1].key, "ethics");
 
+    // A tag repeated on one activity still counts its hours once.
+    const auto twice = progress(license("TX", expiry), {activity({2026, 2, 1}, 1.5, "cat1", {"ethics", "ethics"})});
+    EXPECT_DOUBLE_EQ(line(twice, "ethics")->done, 1.5);
+    EXPECT_EQ(line(twice, "ethics")->counted.size(), 1u);
+
     // Without a DEA registration the DEA-holders topic is not asked for.
     const auto withoutDEA = progress(license("TX", expiry), activities, false);
     EXPECT_EQ(withoutDEA.topics.size(), 5u);
