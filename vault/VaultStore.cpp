@@ -6,6 +6,7 @@
 #include "vault/Sealer.h"
 
 #include <algorithm>
+#include <utility>
 
 namespace corvale {
 
@@ -133,6 +134,7 @@ Result<void, VaultError> VaultStore::lock() {
     if (m_phase != VaultPhase::ready || !m_prefs.flag(Prefs::kAppLock)) return {};
     if (auto saved = flush(); !saved) return saved;
     m_doc = VaultDocument{};
+    m_profileUndo.clear();
     m_key = SecureBytes{};
     m_phase = VaultPhase::locked;
     return {};
@@ -206,6 +208,43 @@ Result<std::string, VaultError> VaultStore::create(Onboarding onboarding) {
 Result<void, VaultError> VaultStore::change(const std::function<void(VaultDocument&)>& edit) {
     if (auto ready = requireReady(); !ready) return ready;
     edit(m_doc);
+    scheduleSave();
+    return {};
+}
+
+bool VaultStore::authenticate(const std::string& reason) {
+    return m_setup.authenticator.authenticate(reason) != AuthenticationResult::failed;
+}
+
+void VaultStore::setScopePersonId(std::optional<std::string> personId) {
+    const bool live = personId && std::any_of(m_doc.people.begin(), m_doc.people.end(), [&](const Person& person) {
+                          return !person.deleted && person.id == *personId;
+                      });
+    m_scopePersonId = live ? std::move(personId) : std::nullopt;
+}
+
+Result<void, VaultError> VaultStore::updatePerson(Person person) {
+    if (auto ready = requireReady(); !ready) return ready;
+    auto found = std::find_if(m_doc.people.begin(), m_doc.people.end(),
+                              [&](const Person& existing) { return !existing.deleted && existing.id == person.id; });
+    if (found == m_doc.people.end()) return fail(VaultError::noSuchRecord());
+    person.updatedAt = Timestamp::now(m_setup.clock);
+    m_profileUndo.push_back(std::exchange(*found, std::move(person)));
+    scheduleSave();
+    return {};
+}
+
+Result<void, VaultError> VaultStore::undoProfileEdit() {
+    if (auto ready = requireReady(); !ready) return ready;
+    if (m_profileUndo.empty()) return {};
+    Person earlier = std::move(m_profileUndo.back());
+    m_profileUndo.pop_back();
+    auto found = std::find_if(m_doc.people.begin(), m_doc.people.end(),
+                              [&](const Person& existing) { return existing.id == earlier.id; });
+    if (found == m_doc.people.end()) return fail(VaultError::noSuchRecord());
+    // The restored value is a newer change than the one it undoes.
+    earlier.updatedAt = Timestamp::now(m_setup.clock);
+    *found = std::move(earlier);
     scheduleSave();
     return {};
 }
@@ -313,6 +352,8 @@ Result<void, VaultError> VaultStore::erase() {
     m_pendingSave.reset();
     auto erased = files({}).erase(m_keychain);
     m_doc = VaultDocument{};
+    m_profileUndo.clear();
+    m_scopePersonId.reset();
     m_key = SecureBytes{};
     m_phase = VaultPhase::welcome;
     return erased;

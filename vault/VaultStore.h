@@ -92,6 +92,21 @@ public:
     // Writes the pending save now, if any.
     Result<void, VaultError> flush();
 
+    // Asks the device owner; true when they pass or the device cannot ask at all.
+    bool authenticate(const std::string& reason);
+
+    // The person the screens are narrowed to; absent shows everyone. Kept only
+    // while it names a live person.
+    const std::optional<std::string>& scopePersonId() const { return m_scopePersonId; }
+    void setScopePersonId(std::optional<std::string> personId);
+
+    // Replaces the person with the same id, remembering the earlier value so
+    // the edit can be undone. `noSuchRecord` when no live person has that id.
+    Result<void, VaultError> updatePerson(Person person);
+    bool canUndoProfileEdit() const { return !m_profileUndo.empty(); }
+    // Puts back the value the last `updatePerson` replaced.
+    Result<void, VaultError> undoProfileEdit();
+
     // Stores the bytes as a sealed blob and adds the record (hash, size, time filled in).
     Result<DocumentRecord, VaultError> addDocument(ByteView bytes, DocumentRecord record);
     Result<std::filesystem::path, VaultError> temporaryFile(std::string_view documentId);
@@ -135,6 +150,8 @@ private:
     SecureBytes m_key;
     std::unique_ptr<FileLock> m_lock;
     std::optional<Scheduler::TaskId> m_pendingSave;
+    std::optional<std::string> m_scopePersonId;
+    std::vector<Person> m_profileUndo;
 };
 
 }  // namespace corvale

@@ -1,3 +1,4 @@
+#include "AppTestSupport.h"
 #include "app/LockPage.h"
 #include "app/MainWindow.h"
 #include "app/OnboardingPage.h"
@@ -26,31 +27,14 @@ namespace corvale::app {
 
 using namespace std::chrono_literals;
 
-// One device in memory, on 2026-11-22, with the state rules delivered with the program.
-struct Device {
-    InMemoryFileSystem files;
-    InMemorySecretStore secrets;
-    FixedClock clock{std::chrono::sys_days{std::chrono::year{2026} / 11 / 22} + 12h};
-    ManualScheduler scheduler;
-    UnavailableAuthenticator authenticator;
+using testing::Device;
+using testing::rules;
 
-    VaultStoreSetup setup() {
-        return {files, secrets, clock, scheduler, authenticator, "/support", "/config/prefs.json", "/tmp/corvale-app-test"};
-    }
-    std::string run(std::vector<std::string> args) {
-        std::istringstream in;
-        std::ostringstream out, err;
-        runCommandLine(std::move(args), in, out, err, setup(), nullptr);
-        return out.str() + err.str();
-    }
-};
-
-const Requirements& rules() {
-    static const Requirements requirements = [] {
-        PosixFileSystem files;
-        return Requirements::load(files, {CORVALE_RESOURCES_DIR});
-    }();
-    return requirements;
+std::string run(Device& device, std::vector<std::string> args) {
+    std::istringstream in;
+    std::ostringstream out, err;
+    runCommandLine(std::move(args), in, out, err, device.setup(), nullptr);
+    return out.str() + err.str();
 }
 
 class MainWindowTest : public QObject {
@@ -136,12 +120,12 @@ private slots:
         delete windowOwner.release();  // the vault is open in one place at a time
 
         // The command line opens what the window made.
-        const auto people = parseJSON(device.run({"list", "people", "--json"}));
+        const auto people = parseJSON(run(device, {"list", "people", "--json"}));
         QVERIFY(people.ok());
         QCOMPARE(people->asArray().size(), std::size_t{1});
         QCOMPARE(people->asArray()[0].find("name")->asString(), std::string("Maya Chen"));
         QCOMPARE(people->asArray()[0].find("npi")->asString(), std::string("1234567893"));
-        const std::string credentials = device.run({"list", "credentials"});
+        const std::string credentials = run(device, {"list", "credentials"});
         QVERIFY(credentials.find("stateLicense\tTX") != std::string::npos);
         QVERIFY(credentials.find("stateLicense\tCA") != std::string::npos);
         QVERIFY(credentials.find("bls\t") != std::string::npos);

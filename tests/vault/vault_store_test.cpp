@@ -121,6 +121,48 @@ TEST(VaultStore, ABurstOfEditsIsOneWriteAndLockingFlushesIt) {
     EXPECT_EQ(device.authenticator.reasons.back(), "Unlock Corvale");
 }
 
+TEST(VaultStore, ProfileEditsUndoInTurnAndTheScopeNamesOnlyALivePerson) {
+    Device device;
+    VaultStore store(device.setup());
+    ASSERT_TRUE(store.create(nurse({"TX"})));
+    const Person original = store.doc().people.at(0);
+    EXPECT_FALSE(store.canUndoProfileEdit());
+
+    Person first = original;
+    first.phone = "512-555-0100";
+    ASSERT_TRUE(store.updatePerson(first));
+    Person second = store.doc().people.at(0);
+    second.specialty = "Family practice";
+    ASSERT_TRUE(store.updatePerson(second));
+    Person stranger = original;
+    stranger.id = "nobody";
+    EXPECT_EQ(store.updatePerson(stranger).error().code, VaultError::Code::noSuchRecord);
+
+    ASSERT_TRUE(store.undoProfileEdit());
+    EXPECT_EQ(store.doc().people.at(0).phone, "512-555-0100");
+    EXPECT_FALSE(store.doc().people.at(0).specialty);
+    ASSERT_TRUE(store.undoProfileEdit());
+    EXPECT_FALSE(store.doc().people.at(0).phone);
+    EXPECT_FALSE(store.canUndoProfileEdit());
+    EXPECT_TRUE(store.hasPendingSave());
+
+    store.setScopePersonId(original.id);
+    EXPECT_EQ(store.scopePersonId(), original.id);
+    store.setScopePersonId(std::string("nobody"));
+    EXPECT_FALSE(store.scopePersonId());
+
+    // Locking forgets the earlier values with the rest of the records.
+    ASSERT_TRUE(store.updatePerson(first));
+    ASSERT_TRUE(store.setAppLock(true));
+    ASSERT_TRUE(store.lock());
+    EXPECT_FALSE(store.canUndoProfileEdit());
+    EXPECT_EQ(device.authenticator.reasons.back(), "Turn on app lock");
+    device.authenticator.answer = AuthenticationResult::failed;
+    EXPECT_FALSE(store.authenticate("Show your date of birth"));
+    device.authenticator.answer = AuthenticationResult::unavailable;
+    EXPECT_TRUE(store.authenticate("Show your date of birth"));
+}
+
 TEST(VaultStore, AVaultWithoutItsKeyWaitsUntouchedAndOnlyOneProcessHoldsIt) {
     Device device;
     {

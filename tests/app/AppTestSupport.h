@@ -1,0 +1,100 @@
+#pragma once
+// What the app's tests share: one device in memory on 2026-11-22, the state
+// rules delivered with the program, a realistic clinician's vault, and
+// helpers that drive widgets by their accessible names.
+
+// Hidden from the meta-object compiler, which cannot read the records' C++20 headers.
+#ifndef Q_MOC_RUN
+
+#include "app/AppContext.h"
+#include "platform/Clock.h"
+#include "platform/Scheduler.h"
+#include "platform/linux/PosixFileSystem.h"
+#include "platform/memory/InMemoryFileSystem.h"
+#include "platform/memory/InMemorySecretStore.h"
+#include "requirements/Requirements.h"
+#include "vault/VaultStore.h"
+
+#include <QAbstractButton>
+#include <QComboBox>
+#include <QDir>
+#include <QLineEdit>
+#include <QTest>
+#include <QWidget>
+
+#include <memory>
+#include <string>
+#include <vector>
+
+namespace corvale::app::testing {
+
+using namespace std::chrono_literals;
+
+// Answers every request for the device owner as told, and remembers why it was asked.
+class ScriptedAuthenticator final : public DeviceAuthenticator {
+public:
+    AuthenticationResult answer = AuthenticationResult::unavailable;
+    std::vector<std::string> reasons;
+    AuthenticationResult authenticate(const std::string& reason) override {
+        reasons.push_back(reason);
+        return answer;
+    }
+};
+
+struct Device {
+    InMemoryFileSystem files;
+    InMemorySecretStore secrets;
+    FixedClock clock{std::chrono::sys_days{std::chrono::year{2026} / 11 / 22} + 12h};
+    ManualScheduler scheduler;
+    ScriptedAuthenticator authenticator;
+
+    Device() { (void)files.createDirectories("/tmp/corvale-app-test"); }
+    VaultStoreSetup setup() {
+        return {files, secrets, clock, scheduler, authenticator, "/support", "/config/prefs.json", "/tmp/corvale-app-test"};
+    }
+};
+
+inline const Requirements& rules() {
+    static const Requirements requirements = [] {
+        PosixFileSystem files;
+        return Requirements::load(files, {CORVALE_RESOURCES_DIR});
+    }();
+    return requirements;
+}
+
+// A store over the device with its own context, for testing one screen alone.
+struct OpenVault {
+    Device device;
+    VaultStore store{device.setup()};
+    AppContext context{store, rules(), device.clock};
+};
+
+// Dr. Maya Chen, internist in Texas and California with a DEA registration,
+// the cards and policy a hospitalist carries, and a year of CME; some of it
+// current, some due soon, one copy attached.
+void fillSampleVault(VaultStore& store);
+// An office: the sample clinician with a nurse and a PA beside her.
+void fillSampleOffice(VaultStore& store);
+
+inline void screenshot(QWidget& widget, const QString& name) {
+    widget.resize(1280, 800);
+    QDir().mkpath(QStringLiteral(CORVALE_SCREENSHOT_DIR));
+    QVERIFY(widget.grab().save(QStringLiteral(CORVALE_SCREENSHOT_DIR "/%1.png").arg(name)));
+}
+
+template <class Widget>
+Widget* named(QWidget& root, const QString& accessibleName) {
+    for (auto* widget : root.findChildren<Widget*>())
+        if (widget->accessibleName() == accessibleName) return widget;
+    return nullptr;
+}
+
+inline QAbstractButton* button(QWidget& root, const QString& text) {
+    for (auto* candidate : root.findChildren<QAbstractButton*>())
+        if (candidate->text() == text || candidate->accessibleName() == text) return candidate;
+    return nullptr;
+}
+
+}  // namespace corvale::app::testing
+
+#endif  // Q_MOC_RUN
