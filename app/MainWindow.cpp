@@ -1,28 +1,53 @@
 #include "app/MainWindow.h"
 
+#include "app/AppContext.h"
 #include "app/LockPage.h"
+#include "app/LongTask.h"
 #include "app/OnboardingPage.h"
+#include "app/Screen.h"
+#include "app/SessionWatcher.h"
 #include "app/Theme.h"
 #include "app/TodayPage.h"
 #include "requirements/Readiness.h"
 #include "requirements/Requirements.h"
 #include "vault/VaultStore.h"
 
+#include <QApplication>
+#include <QComboBox>
 #include <QEvent>
 #include <QHBoxLayout>
+#include <QLabel>
 #include <QListWidget>
 #include <QPushButton>
 #include <QStackedWidget>
+#include <QTimer>
+#include <QVBoxLayout>
+
+#include <algorithm>
+#include <cmath>
+
+// The icons live in a static library, so its resources are registered by hand.
+static void registerResources() { Q_INIT_RESOURCE(app); }
 
 namespace corvale::app {
 namespace {
 
+constexpr double kDefaultIdleLockMinutes = 15;
+constexpr int kStatusMilliseconds = 5000;
+
 QString message(const VaultError& error) { return QString::fromStdString(error.message()); }
+
+QString text(const std::string& value) { return QString::fromStdString(value); }
 
 }  // namespace
 
 MainWindow::MainWindow(const VaultStoreSetup& setup, const Requirements& requirements, QWidget* parent)
-    : QWidget(parent), m_clock(setup.clock), m_requirements(requirements), m_store(std::make_unique<VaultStore>(setup)) {
+    : QWidget(parent),
+      m_clock(setup.clock),
+      m_requirements(requirements),
+      m_store(std::make_unique<VaultStore>(setup)),
+      m_context(std::make_unique<AppContext>(AppContext{*m_store, requirements, setup.clock})) {
+    registerResources();
     setObjectName(QStringLiteral("appWindow"));
     setAttribute(Qt::WA_StyledBackground, true);
     setWindowTitle(QStringLiteral("Corvale"));
@@ -31,6 +56,9 @@ MainWindow::MainWindow(const VaultStoreSetup& setup, const Requirements& require
     resize(1280, 800);
 
     m_pages = new QStackedWidget(this);
+    m_opening = makeLabel(tr("Opening your vault…"), "caption", m_pages);
+    m_opening->setAlignment(Qt::AlignCenter);
+    m_pages->addWidget(m_opening);
     m_onboarding = new OnboardingPage(m_pages);
     m_lock = new LockPage(m_pages);
     m_shell = new QWidget(m_pages);
@@ -38,62 +66,216 @@ MainWindow::MainWindow(const VaultStoreSetup& setup, const Requirements& require
     m_pages->addWidget(m_lock);
     m_pages->addWidget(m_shell);
 
-    m_sidebar = new QListWidget(m_shell);
+    auto* side = new QWidget(m_shell);
+    side->setObjectName(QStringLiteral("sidePanel"));
+    side->setAttribute(Qt::WA_StyledBackground, true);
+    side->setFixedWidth(220);
+    m_person = new QComboBox(side);
+    m_person->setObjectName(QStringLiteral("personSwitcher"));
+    m_person->setAccessibleName(tr("Whose records"));
+    m_person->setToolTip(tr("Show one person's records, or everyone's"));
+    m_sidebar = new QListWidget(side);
     m_sidebar->setObjectName(QStringLiteral("sidebar"));
     m_sidebar->setAccessibleName(tr("Screens"));
-    m_sidebar->setFixedWidth(200);
+    auto* sideLayout = new QVBoxLayout(side);
+    sideLayout->setContentsMargins(10, 14, 0, 0);
+    sideLayout->setSpacing(8);
+    sideLayout->addWidget(m_person);
+    sideLayout->addWidget(m_sidebar, 1);
+
     m_screens = new QStackedWidget(m_shell);
+    m_status = makeLabel(QString(), "status", m_shell);
+    m_status->setAccessibleName(tr("Status"));
+    m_status->setVisible(false);
+    m_statusTimer = new QTimer(this);
+    m_statusTimer->setSingleShot(true);
+    connect(m_statusTimer, &QTimer::timeout, m_status, &QLabel::hide);
+    auto* main = new QVBoxLayout;
+    main->setContentsMargins(0, 0, 0, 0);
+    main->setSpacing(0);
+    main->addWidget(m_screens, 1);
+    main->addWidget(m_status);
+
     m_today = new TodayPage(m_screens);
-    m_screens->addWidget(m_today);
-    m_sidebar->addItem(tr("Today"));
+    addScreen(QStringLiteral("today"), tr("Today"), m_today);
+    connect(m_today, &TodayPage::fixRequested, this, &MainWindow::openFix);
+
     m_sidebar->setCurrentRow(0);
     connect(m_sidebar, &QListWidget::currentRowChanged, m_screens, &QStackedWidget::setCurrentIndex);
+    connect(m_person, &QComboBox::currentIndexChanged, this, &MainWindow::choosePerson);
     auto* shellLayout = new QHBoxLayout(m_shell);
     shellLayout->setContentsMargins(0, 0, 0, 0);
     shellLayout->setSpacing(0);
-    shellLayout->addWidget(m_sidebar);
-    shellLayout->addWidget(m_screens, 1);
+    shellLayout->addWidget(side);
+    shellLayout->addLayout(main, 1);
 
     auto* layout = new QHBoxLayout(this);
     layout->setContentsMargins(0, 0, 0, 0);
     layout->addWidget(m_pages);
 
     connect(m_onboarding, &OnboardingPage::createRequested, this, &MainWindow::create);
+    connect(m_onboarding, &OnboardingPage::joinRequested, this, &MainWindow::join);
+    connect(m_onboarding, &OnboardingPage::restoreRequested, this, &MainWindow::restore);
     connect(m_lock, &LockPage::unlockRequested, this, &MainWindow::unlock);
 
-    if (auto started = m_store->start(); !started) m_lock->showError(message(started.error()));
-    refresh();
+    m_idleTimer = new QTimer(this);
+    m_idleTimer->setSingleShot(true);
+    connect(m_idleTimer, &QTimer::timeout, this, &MainWindow::lockIfEnabled);
+    qApp->installEventFilter(this);
+    m_session = new SessionWatcher(this);
+    connect(m_session, &SessionWatcher::sessionLocked, this, &MainWindow::lockIfEnabled);
+
+    // Nothing is read until start().
+    m_pages->setCurrentWidget(m_opening);
 }
 
-MainWindow::~MainWindow() = default;
+MainWindow::~MainWindow() { qApp->removeEventFilter(this); }
+
+void MainWindow::addScreen(const QString& name, const QString& title, QWidget* page) {
+    m_screens->addWidget(page);
+    m_sidebar->addItem(title);
+    m_screenNames.push_back(name);
+    if (auto* screen = qobject_cast<Screen*>(page)) {
+        m_screenList.push_back(screen);
+        connect(screen, &Screen::recordsChanged, this, &MainWindow::refresh);
+        connect(screen, &Screen::notify, this, &MainWindow::notify);
+    }
+}
+
+void MainWindow::start() {
+    const auto started = LongTask::run(this, tr("Opening your vault…"), [this] { return m_store->start(); });
+    if (!started) m_lock->showError(message(started.error()));
+    refresh();
+}
 
 QString MainWindow::pageName() const {
     if (m_pages->currentWidget() == m_onboarding) return QStringLiteral("onboarding");
     if (m_pages->currentWidget() == m_lock) return QStringLiteral("lock");
-    return QStringLiteral("today");
+    if (m_pages->currentWidget() == m_opening) return QStringLiteral("opening");
+    const int row = m_screens->currentIndex();
+    return row >= 0 && static_cast<std::size_t>(row) < m_screenNames.size() ? m_screenNames[static_cast<std::size_t>(row)]
+                                                                           : QString();
 }
+
+void MainWindow::showScreen(const QString& name) {
+    const auto found = std::find(m_screenNames.begin(), m_screenNames.end(), name);
+    if (found != m_screenNames.end()) m_sidebar->setCurrentRow(static_cast<int>(found - m_screenNames.begin()));
+}
+
+QString MainWindow::statusText() const { return m_status->isVisible() ? m_status->text() : QString(); }
 
 void MainWindow::refresh() {
     switch (m_store->phase()) {
     case VaultPhase::loading:
+        m_pages->setCurrentWidget(m_opening);
+        return;
     case VaultPhase::welcome:
         m_pages->setCurrentWidget(m_onboarding);
+        armIdleLock();
         return;
     case VaultPhase::locked:
         m_pages->setCurrentWidget(m_lock);
         m_lock->unlockButton()->setFocus();
+        armIdleLock();
         return;
     case VaultPhase::ready:
         break;
     }
     m_pages->setCurrentWidget(m_shell);
-    const Day today = Day::local(m_clock.now());
+    reloadScreens();
+    armIdleLock();
+}
+
+void MainWindow::reloadScreens() {
+    const Day today = m_context->today();
     const auto& rules = m_requirements.file();
-    const auto readiness = Readiness::compute(m_store->doc(), rules ? &*rules : nullptr, today);
-    m_today->display(readiness, today);
+    const RequirementsFile* file = rules ? &*rules : nullptr;
+    m_store->setScopePersonId(m_store->scopePersonId());  // drops a person deleted meanwhile
+
+    // Everyone's scores feed the switcher; the person in scope, if any, feeds Today.
+    const auto everyone = Readiness::compute(m_store->doc(), file, today);
+    const auto& scope = m_store->scopePersonId();
+    if (scope) {
+        m_today->display(Readiness::compute(m_store->doc(), file, today, *scope), today);
+    } else {
+        m_today->display(everyone, today);
+    }
+
+    std::vector<std::pair<QString, QString>> entries;
+    if (m_context->isOffice()) {
+        entries.emplace_back(QString(), tr("Everyone · %1").arg(everyone.score.value));
+        for (const auto& person : everyone.people)
+            entries.emplace_back(text(person.personId), text(person.name) + QStringLiteral(" · %1").arg(person.score.value));
+    }
+    fillPersonSwitcher(entries);
+    for (Screen* screen : m_screenList) screen->reload();
+}
+
+void MainWindow::fillPersonSwitcher(const std::vector<std::pair<QString, QString>>& entries) {
+    m_fillingSwitcher = true;
+    m_person->clear();
+    const auto& scope = m_store->scopePersonId();
+    const QString current = scope ? text(*scope) : QString();
+    for (const auto& [id, label] : entries) {
+        m_person->addItem(label, id);
+        if (id == current) m_person->setCurrentIndex(m_person->count() - 1);
+    }
+    m_person->setVisible(!entries.empty());
+    m_fillingSwitcher = false;
+}
+
+void MainWindow::choosePerson(int index) {
+    if (m_fillingSwitcher || index < 0) return;
+    const QString id = m_person->itemData(index).toString();
+    m_store->setScopePersonId(id.isEmpty() ? std::nullopt : std::optional<std::string>(id.toStdString()));
+    reloadScreens();
+}
+
+void MainWindow::openFix(const QString& action, const QString& recordId) {
+    Q_UNUSED(action);
+    Q_UNUSED(recordId);
+}
+
+void MainWindow::notify(const QString& text) {
+    m_status->setText(text);
+    m_status->setVisible(!text.isEmpty());
+    m_statusTimer->start(kStatusMilliseconds);
+}
+
+std::chrono::milliseconds MainWindow::idleLockDelay() const {
+    if (!m_store->prefs().flag(Prefs::kAppLock)) return std::chrono::milliseconds{0};
+    double minutes = kDefaultIdleLockMinutes;
+    if (const JSONValue* chosen = m_store->prefs().value(Prefs::kIdleLockMinutes); chosen && chosen->isNumber())
+        minutes = chosen->asNumber();
+    if (!(minutes > 0)) return std::chrono::milliseconds{0};
+    return std::chrono::milliseconds{std::llround(minutes * 60'000)};
+}
+
+void MainWindow::armIdleLock() {
+    const auto delay = idleLockDelay();
+    if (delay.count() > 0 && m_store->phase() == VaultPhase::ready) {
+        m_idleTimer->start(static_cast<int>(std::min<long long>(delay.count(), INT32_MAX)));
+    } else {
+        m_idleTimer->stop();
+    }
+}
+
+bool MainWindow::eventFilter(QObject* watched, QEvent* event) {
+    switch (event->type()) {
+    case QEvent::KeyPress:
+    case QEvent::MouseButtonPress:
+    case QEvent::MouseMove:
+    case QEvent::Wheel:
+        if (m_idleTimer->isActive()) m_idleTimer->start();
+        break;
+    default:
+        break;
+    }
+    return QWidget::eventFilter(watched, event);
 }
 
 bool MainWindow::lockIfEnabled() {
+    if (LongTask::isBusy()) return false;  // the worker still holds the store
     if (!m_store->prefs().flag(Prefs::kAppLock) || m_store->phase() != VaultPhase::ready) return false;
     if (auto locked = m_store->lock(); !locked) {
         m_lock->showError(message(locked.error()));
@@ -118,6 +300,32 @@ void MainWindow::create() {
         m_onboarding->showError(message(created.error()));
         return;
     }
+    refresh();
+}
+
+void MainWindow::join(const QString& folder, const QString& passphrase) {
+    const std::filesystem::path path = folder.toStdString();
+    const std::string secret = passphrase.toStdString();
+    const auto joined =
+        LongTask::run(this, tr("Joining the vault…"), [this, path, secret] { return m_store->join(path, secret); });
+    if (!joined) {
+        m_onboarding->showError(message(joined.error()));
+        return;
+    }
+    notify(tr("Joined. This device now holds the vault."));
+    refresh();
+}
+
+void MainWindow::restore(const QString& archive, const QString& passphrase) {
+    const std::filesystem::path path = archive.toStdString();
+    const std::string secret = passphrase.toStdString();
+    const auto restored = LongTask::run(this, tr("Restoring the backup…"),
+                                        [this, path, secret] { return m_store->restoreBackup(path, secret); });
+    if (!restored) {
+        m_onboarding->showError(message(restored.error()));
+        return;
+    }
+    notify(tr("Restored from the backup."));
     refresh();
 }
 

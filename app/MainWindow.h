@@ -4,10 +4,16 @@
 
 #include <QWidget>
 
+#include <chrono>
 #include <memory>
+#include <utility>
+#include <vector>
 
+class QComboBox;
+class QLabel;
 class QListWidget;
 class QStackedWidget;
+class QTimer;
 
 // Kept out of this header: the meta-object compiler cannot read the records' C++20 headers.
 namespace corvale {
@@ -19,8 +25,11 @@ struct VaultStoreSetup;
 
 namespace corvale::app {
 
+struct AppContext;
 class LockPage;
 class OnboardingPage;
+class Screen;
+class SessionWatcher;
 class TodayPage;
 
 class MainWindow : public QWidget {
@@ -31,35 +40,66 @@ public:
     ~MainWindow() override;
 
     VaultStore& store() { return *m_store; }
-    // Shows the page the phase calls for and recomputes what it shows.
+    AppContext& context() { return *m_context; }
+
+    // Opens the vault as its phase says: onboarding, the lock screen or the
+    // screens. The reading and decrypting run off the interface thread.
+    void start();
+    // Shows the page the phase calls for and recomputes what every screen shows.
     void refresh();
-    // "onboarding", "lock" or the screen's name.
+    // "opening", "onboarding", "lock", or the screen in view: "today", "licenses", "cme", "profile", "settings".
     QString pageName() const;
+    void showScreen(const QString& name);
     // With app lock on: saves what is pending, empties the document and shows the lock screen.
     bool lockIfEnabled();
+    // How long without input before app lock closes the vault; zero when it never does.
+    std::chrono::milliseconds idleLockDelay() const;
 
     OnboardingPage* onboardingPage() const { return m_onboarding; }
     LockPage* lockPage() const { return m_lock; }
     TodayPage* todayPage() const { return m_today; }
+    QComboBox* personSwitcher() const { return m_person; }
+    SessionWatcher* sessionWatcher() const { return m_session; }
+    QString statusText() const;
 
 protected:
     void changeEvent(QEvent* event) override;
     void hideEvent(QHideEvent* event) override;
+    bool eventFilter(QObject* watched, QEvent* event) override;
 
 private:
+    void addScreen(const QString& name, const QString& title, QWidget* page);
     void create();
+    void join(const QString& folder, const QString& passphrase);
+    void restore(const QString& archive, const QString& passphrase);
     void unlock();
+    void reloadScreens();
+    void fillPersonSwitcher(const std::vector<std::pair<QString, QString>>& entries);
+    void choosePerson(int index);
+    void openFix(const QString& action, const QString& recordId);
+    void notify(const QString& text);
+    void armIdleLock();
 
     const Clock& m_clock;
     const Requirements& m_requirements;
     std::unique_ptr<VaultStore> m_store;
+    std::unique_ptr<AppContext> m_context;
     QStackedWidget* m_pages = nullptr;
+    QLabel* m_opening = nullptr;
     OnboardingPage* m_onboarding = nullptr;
     LockPage* m_lock = nullptr;
     QWidget* m_shell = nullptr;
+    QComboBox* m_person = nullptr;
     QListWidget* m_sidebar = nullptr;
     QStackedWidget* m_screens = nullptr;
+    QLabel* m_status = nullptr;
+    QTimer* m_statusTimer = nullptr;
+    QTimer* m_idleTimer = nullptr;
+    SessionWatcher* m_session = nullptr;
     TodayPage* m_today = nullptr;
+    std::vector<Screen*> m_screenList;
+    std::vector<QString> m_screenNames;  // in sidebar order
+    bool m_fillingSwitcher = false;
 };
 
 }  // namespace corvale::app

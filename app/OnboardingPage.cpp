@@ -8,16 +8,20 @@
 
 #include <QCheckBox>
 #include <QComboBox>
+#include <QFileDialog>
 #include <QFormLayout>
 #include <QFrame>
 #include <QGridLayout>
+#include <QHBoxLayout>
 #include <QLabel>
 #include <QLineEdit>
 #include <QPushButton>
 #include <QRegularExpression>
+#include <QStackedWidget>
 #include <QVBoxLayout>
 
 #include <algorithm>
+#include <functional>
 
 namespace corvale::app {
 namespace {
@@ -39,13 +43,65 @@ OnboardingPage::OnboardingPage(QWidget* parent) : QWidget(parent), m_submitted(s
 
     auto* title = makeLabel(tr("Welcome to Corvale"), "title", this);
     scaleFont(title, 2.0, QFont::DemiBold);
-    auto* tagline = makeLabel(tr("Your licences, CME and documents, in an encrypted vault on this computer. "
-                                 "Start with who it's for; you can add everything else later."),
+    auto* tagline = makeLabel(tr("Your licences, CME and documents, in an encrypted vault on this computer."),
                               "caption", this);
     scaleFont(tagline, 1.1);
 
+    // Three ways in, as a segmented choice above the one form in view.
+    auto* ways = new QHBoxLayout;
+    ways->setSpacing(0);
+    const std::pair<Way, QString> choices[] = {{Way::create, tr("Create a new vault")},
+                                               {Way::join, tr("Join from another device")},
+                                               {Way::restore, tr("Restore a backup")}};
+    for (const auto& [way, label] : choices) {
+        auto* button = new QPushButton(label, this);
+        button->setObjectName(QStringLiteral("segment"));
+        button->setCheckable(true);
+        button->setAutoExclusive(true);
+        connect(button, &QPushButton::clicked, this, [this, way = way] { showWay(way); });
+        ways->addWidget(button);
+        m_wayButtons.push_back(button);
+    }
+    ways->addStretch(1);
+
+    m_forms = new QStackedWidget(this);
+    m_forms->addWidget(makeCreateForm());
+    m_forms->addWidget(makeJoinForm());
+    m_forms->addWidget(makeRestoreForm());
+
+    // A readable column, centred, however wide the window is.
+    auto* column = new QWidget(this);
+    column->setMinimumWidth(720);
+    column->setMaximumWidth(880);
+    column->setSizePolicy(QSizePolicy::Expanding, QSizePolicy::Preferred);
+    auto* layout = new QVBoxLayout(column);
+    layout->setContentsMargins(0, 0, 0, 0);
+    layout->setSpacing(8);
+    auto* outer = new QHBoxLayout(this);
+    outer->setContentsMargins(48, 48, 48, 40);
+    outer->addWidget(column, 1, Qt::AlignHCenter);
+    layout->addWidget(title);
+    layout->addWidget(tagline);
+    layout->addSpacing(16);
+    layout->addLayout(ways);
+    layout->addSpacing(8);
+    layout->addWidget(m_forms);
+    layout->addStretch(1);
+    showWay(Way::create);
+}
+
+QLabel* OnboardingPage::makeErrorLabel(QWidget* parent) {
+    auto* error = makeLabel(QString(), "error", parent);
+    error->setVisible(false);
+    error->setAccessibleName(tr("Problem"));
+    m_errors.push_back(error);
+    return error;
+}
+
+QWidget* OnboardingPage::makeCreateForm() {
     auto* card = new QFrame(this);
     card->setObjectName(QStringLiteral("card"));
+    auto* intro = makeLabel(tr("Start with who it's for; you can add everything else later."), "caption", card);
     auto* form = new QFormLayout;
     form->setLabelAlignment(Qt::AlignRight | Qt::AlignVCenter);
     form->setHorizontalSpacing(16);
@@ -100,10 +156,7 @@ OnboardingPage::OnboardingPage(QWidget* parent) : QWidget(parent), m_submitted(s
     m_managerOnly = new QCheckBox(tr("I only manage others' credentials and hold no licence myself"), card);
     form->addRow(QString(), m_managerOnly);
 
-    m_error = makeLabel(QString(), "error", card);
-    m_error->setVisible(false);
-    m_error->setAccessibleName(tr("Problem"));
-
+    auto* error = makeErrorLabel(card);
     auto* create = new QPushButton(tr("Create vault"), card);
     create->setObjectName(QStringLiteral("primary"));
     create->setDefault(true);
@@ -116,27 +169,162 @@ OnboardingPage::OnboardingPage(QWidget* parent) : QWidget(parent), m_submitted(s
 
     auto* cardLayout = new QVBoxLayout(card);
     cardLayout->setContentsMargins(28, 24, 28, 24);
+    cardLayout->addWidget(intro);
+    cardLayout->addSpacing(6);
     cardLayout->addLayout(form);
     cardLayout->addSpacing(8);
-    cardLayout->addWidget(m_error);
+    cardLayout->addWidget(error);
     cardLayout->addWidget(create, 0, Qt::AlignRight);
+    return card;
+}
 
-    auto* layout = new QVBoxLayout(this);
-    layout->setContentsMargins(64, 48, 64, 40);
-    layout->setSpacing(8);
-    layout->addWidget(title);
-    layout->addWidget(tagline);
-    layout->addSpacing(20);
+namespace {
+
+// A path field with a button that fills it from the system's file chooser.
+QLineEdit* pathRow(QFormLayout* form, const QString& label, const QString& placeholder, QWidget* parent,
+                   std::function<QString()> choose) {
+    auto* row = new QHBoxLayout;
+    auto* edit = new QLineEdit(parent);
+    edit->setPlaceholderText(placeholder);
+    edit->setAccessibleName(label);
+    auto* browse = new QPushButton(QObject::tr("Choose…"), parent);
+    browse->setAccessibleName(label + QObject::tr(": choose"));
+    QObject::connect(browse, &QPushButton::clicked, edit, [edit, choose = std::move(choose)] {
+        if (const QString chosen = choose(); !chosen.isEmpty()) edit->setText(chosen);
+    });
+    row->addWidget(edit, 1);
+    row->addWidget(browse);
+    form->addRow(label, row);
+    return edit;
+}
+
+QLineEdit* passphraseRow(QFormLayout* form, QWidget* parent) {
+    auto* edit = new QLineEdit(parent);
+    edit->setEchoMode(QLineEdit::Password);
+    edit->setAccessibleName(QObject::tr("Passphrase"));
+    form->addRow(QObject::tr("Passphrase"), edit);
+    return edit;
+}
+
+QFormLayout* smallForm() {
+    auto* form = new QFormLayout;
+    form->setLabelAlignment(Qt::AlignRight | Qt::AlignVCenter);
+    form->setHorizontalSpacing(16);
+    form->setVerticalSpacing(10);
+    return form;
+}
+
+QFrame* formCard(QWidget* parent, const QString& intro, QFormLayout* form, QLabel* error, QPushButton* action) {
+    auto* card = new QFrame(parent);
+    card->setObjectName(QStringLiteral("card"));
+    auto* layout = new QVBoxLayout(card);
+    layout->setContentsMargins(28, 24, 28, 24);
+    layout->addWidget(makeLabel(intro, "caption", card));
+    layout->addSpacing(6);
+    layout->addLayout(form);
+    layout->addSpacing(8);
+    layout->addWidget(error);
+    layout->addWidget(action, 0, Qt::AlignRight);
+    return card;
+}
+
+}  // namespace
+
+QWidget* OnboardingPage::makeJoinForm() {
+    auto* holder = new QWidget(this);
+    auto* form = smallForm();
+    m_joinFolder = pathRow(form, tr("Vault folder"), tr("The folder holding vault.pbv and vault.key"), holder, [this] {
+        return QFileDialog::getExistingDirectory(this, tr("Choose the vault folder"));
+    });
+    m_joinPassphrase = passphraseRow(form, holder);
+    auto* join = new QPushButton(tr("Join vault"), holder);
+    join->setObjectName(QStringLiteral("primary"));
+    connect(join, &QPushButton::clicked, this, &OnboardingPage::submitJoin);
+    connect(m_joinPassphrase, &QLineEdit::returnPressed, this, &OnboardingPage::submitJoin);
+    auto* card = formCard(holder,
+                          tr("On the other device, export the key file from Settings and copy it into the vault "
+                             "folder. Then choose that folder here and enter the key file's passphrase."),
+                          form, makeErrorLabel(holder), join);
+    auto* layout = new QVBoxLayout(holder);
+    layout->setContentsMargins(0, 0, 0, 0);
     layout->addWidget(card);
     layout->addStretch(1);
-    setMaximumWidth(QWIDGETSIZE_MAX);
+    for (QLineEdit* field : {m_joinFolder, m_joinPassphrase})
+        connect(field, &QLineEdit::textEdited, this, [this] { showError(QString()); });
+    return holder;
+}
+
+QWidget* OnboardingPage::makeRestoreForm() {
+    auto* holder = new QWidget(this);
+    auto* form = smallForm();
+    m_backupFile = pathRow(form, tr("Backup file"), tr("Corvale Backup ….pbbackup"), holder, [this] {
+        return QFileDialog::getOpenFileName(this, tr("Choose a backup"), QString(),
+                                            tr("Corvale backups (*.pbbackup);;All files (*)"));
+    });
+    m_backupPassphrase = passphraseRow(form, holder);
+    auto* restore = new QPushButton(tr("Restore backup"), holder);
+    restore->setObjectName(QStringLiteral("primary"));
+    connect(restore, &QPushButton::clicked, this, &OnboardingPage::submitRestore);
+    connect(m_backupPassphrase, &QLineEdit::returnPressed, this, &OnboardingPage::submitRestore);
+    auto* card = formCard(holder,
+                          tr("Choose a backup made from Settings and enter the passphrase it was made with. "
+                             "Its records and documents become this device's vault."),
+                          form, makeErrorLabel(holder), restore);
+    auto* layout = new QVBoxLayout(holder);
+    layout->setContentsMargins(0, 0, 0, 0);
+    layout->addWidget(card);
+    layout->addStretch(1);
+    for (QLineEdit* field : {m_backupFile, m_backupPassphrase})
+        connect(field, &QLineEdit::textEdited, this, [this] { showError(QString()); });
+    return holder;
 }
 
 OnboardingPage::~OnboardingPage() = default;
 
+void OnboardingPage::showWay(Way way) {
+    const auto index = static_cast<int>(way);
+    m_forms->setCurrentIndex(index);
+    m_wayButtons.at(static_cast<std::size_t>(index))->setChecked(true);
+}
+
+OnboardingPage::Way OnboardingPage::way() const { return static_cast<Way>(m_forms->currentIndex()); }
+
 void OnboardingPage::showError(const QString& message) {
-    m_error->setText(message);
-    m_error->setVisible(!message.isEmpty());
+    QLabel* error = m_errors.at(static_cast<std::size_t>(m_forms->currentIndex()));
+    error->setText(message);
+    error->setVisible(!message.isEmpty());
+}
+
+void OnboardingPage::submitJoin() {
+    const QString folder = m_joinFolder->text().trimmed();
+    if (folder.isEmpty()) {
+        showError(tr("Choose the folder that holds the vault and its key file."));
+        m_joinFolder->setFocus();
+        return;
+    }
+    if (m_joinPassphrase->text().isEmpty()) {
+        showError(tr("Enter the passphrase the key file was made with."));
+        m_joinPassphrase->setFocus();
+        return;
+    }
+    showError(QString());
+    emit joinRequested(folder, m_joinPassphrase->text());
+}
+
+void OnboardingPage::submitRestore() {
+    const QString file = m_backupFile->text().trimmed();
+    if (file.isEmpty()) {
+        showError(tr("Choose the backup file to restore."));
+        m_backupFile->setFocus();
+        return;
+    }
+    if (m_backupPassphrase->text().isEmpty()) {
+        showError(tr("Enter the passphrase the backup was made with."));
+        m_backupPassphrase->setFocus();
+        return;
+    }
+    showError(QString());
+    emit restoreRequested(file, m_backupPassphrase->text());
 }
 
 void OnboardingPage::submit() {

@@ -1,6 +1,7 @@
 #pragma once
-// The first start on a device: who the vault is for, their states and the
-// credentials they already hold.
+// The first start on a device, with three ways in: create a vault (who it is
+// for, their states and the credentials they already hold), join one made on
+// another device from its folder and key file, or restore a backup.
 
 #include <QWidget>
 
@@ -13,6 +14,8 @@ class QCheckBox;
 class QComboBox;
 class QLabel;
 class QLineEdit;
+class QPushButton;
+class QStackedWidget;
 
 namespace corvale {
 struct Onboarding;
@@ -30,15 +33,29 @@ public:
     // What the form last submitted.
     const Onboarding& onboarding() const { return *m_submitted; }
 
-    // Shows why the vault could not be made; the form keeps what was typed.
+    enum class Way { create, join, restore };
+    void showWay(Way way);
+    Way way() const;
+
+    // Shows why the vault could not be made, joined or restored, on the form
+    // in view; the form keeps what was typed.
     void showError(const QString& message);
 
 signals:
     // onboarding() holds the owner, states and first credentials, checked.
     void createRequested();
+    // The folder holds the vault file and its key file.
+    void joinRequested(const QString& folder, const QString& passphrase);
+    void restoreRequested(const QString& archive, const QString& passphrase);
 
 private:
+    QWidget* makeCreateForm();
+    QWidget* makeJoinForm();
+    QWidget* makeRestoreForm();
+    QLabel* makeErrorLabel(QWidget* parent);
     void submit();
+    void submitJoin();
+    void submitRestore();
 
     QLineEdit* m_name = nullptr;
     QComboBox* m_degree = nullptr;
@@ -48,7 +65,13 @@ private:
     QLineEdit* m_otherStates = nullptr;
     QCheckBox* m_managerOnly = nullptr;
     std::vector<std::pair<QCheckBox*, std::string>> m_quickList;  // box and the kind it adds
-    QLabel* m_error = nullptr;
+    QLineEdit* m_joinFolder = nullptr;
+    QLineEdit* m_joinPassphrase = nullptr;
+    QLineEdit* m_backupFile = nullptr;
+    QLineEdit* m_backupPassphrase = nullptr;
+    std::vector<QPushButton*> m_wayButtons;
+    QStackedWidget* m_forms = nullptr;
+    std::vector<QLabel*> m_errors;  // one per form, in Way order
     std::unique_ptr<Onboarding> m_submitted;
 };
 

@@ -12,8 +12,12 @@ QString appStyleSheet() {
         QFrame#card { background: palette(base); border: 1px solid palette(midlight); border-radius: 12px; }
         QLabel#caption, QLabel#detail, QLabel#footnote { color: #6b7785; }
         QLabel#error { color: #b42318; }
-        QListWidget#sidebar { background: palette(base); border: none; border-right: 1px solid palette(midlight);
-                              padding-top: 12px; outline: 0; }
+        QWidget#sidePanel { background: palette(base); border-right: 1px solid palette(midlight); }
+        QListWidget#sidebar { background: transparent; border: none; padding-top: 4px; outline: 0; }
+        QComboBox#personSwitcher { margin-right: 10px; font-weight: 600; }
+        QLabel#status { background: palette(base); border-top: 1px solid palette(midlight); padding: 8px 20px; }
+        QPushButton#segment { border-radius: 0; padding: 7px 18px; background: palette(base); }
+        QPushButton#segment:checked { background: #2b6f97; color: white; border-color: #2b6f97; }
         QListWidget#sidebar::item { padding: 8px 16px; border-radius: 8px; margin: 2px 8px; }
         QListWidget#sidebar::item:selected { background: #2b6f97; color: white; }
         QPushButton { padding: 6px 14px; border-radius: 8px; border: 1px solid palette(mid); background: palette(button); }
@@ -22,6 +26,9 @@ QString appStyleSheet() {
         QPushButton#primary:disabled { background: palette(mid); }
         QLineEdit, QComboBox { padding: 5px 8px; border-radius: 6px; border: 1px solid palette(mid); background: palette(base); }
         QLineEdit:focus, QComboBox:focus { border: 2px solid #2b6f97; }
+        QComboBox { padding-right: 26px; }
+        QComboBox::drop-down { border: none; width: 24px; subcontrol-position: center right; }
+        QComboBox::down-arrow { image: url(:/icons/chevron-down.png); width: 16px; height: 16px; }
     )");
 }
 

@@ -10,6 +10,7 @@
 #include <QFrame>
 #include <QHBoxLayout>
 #include <QLabel>
+#include <QPushButton>
 #include <QScrollArea>
 #include <QVBoxLayout>
 
@@ -47,7 +48,21 @@ QVBoxLayout* section(const QString& heading, QVBoxLayout* into, QWidget* parent)
     return rows;
 }
 
-QWidget* deductionRow(const StandingScore::Deduction& deduction) {
+QString fixLabel(StandingScore::FixAction action) {
+    switch (action) {
+    case StandingScore::FixAction::renew:
+        return QObject::tr("Renew");
+    case StandingScore::FixAction::edit:
+        return QObject::tr("Edit");
+    case StandingScore::FixAction::attach:
+        return QObject::tr("Attach copy");
+    case StandingScore::FixAction::logCME:
+        return QObject::tr("Log CME");
+    }
+    return QObject::tr("Open");
+}
+
+QWidget* deductionRow(const StandingScore::Deduction& deduction, TodayPage* page) {
     auto* row = new QWidget;
     row->setAccessibleName(text(deduction.title));
     auto* points = new QLabel(QStringLiteral("−%1").arg(deduction.points), row);
@@ -70,6 +85,12 @@ QWidget* deductionRow(const StandingScore::Deduction& deduction) {
     layout->setSpacing(14);
     layout->addWidget(points);
     layout->addLayout(words, 1);
+    auto* fix = new QPushButton(fixLabel(deduction.fix.action), row);
+    fix->setAccessibleName(fixLabel(deduction.fix.action) + QStringLiteral(": ") + text(deduction.title));
+    const QString action = text(std::string(rawValue(deduction.fix.action)));
+    const QString recordId = text(deduction.fix.recordId);
+    QObject::connect(fix, &QPushButton::clicked, page, [page, action, recordId] { emit page->fixRequested(action, recordId); });
+    layout->addWidget(fix, 0, Qt::AlignTop);
     return row;
 }
 
@@ -169,7 +190,7 @@ void TodayPage::display(const Readiness& readiness, const Day& today) {
     m_date->setText(tr("Standing %1 of 100 on %2").arg(score.value).arg(text(today.formatted())));
 
     clear(m_deductions);
-    for (const auto& deduction : score.deductions) m_deductions->addWidget(deductionRow(deduction));
+    for (const auto& deduction : score.deductions) m_deductions->addWidget(deductionRow(deduction, this));
     if (score.deductions.empty()) m_deductions->addWidget(makeLabel(tr("Nothing is costing you points."), "detail", nullptr));
 
     clear(m_renewals);

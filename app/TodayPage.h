@@ -28,6 +28,11 @@ public:
     const ProgressRing* scoreRing() const { return m_score; }
     QString headline() const;
 
+signals:
+    // A deduction's button: the action's raw value ("renew", "edit", "attach",
+    // "logCME") and the record it opens.
+    void fixRequested(const QString& action, const QString& recordId);
+
 private:
     ProgressRing* m_score = nullptr;
     QLabel* m_headline = nullptr;

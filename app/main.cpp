@@ -34,5 +34,6 @@ int main(int argc, char* argv[]) {
     app::MainWindow window(VaultStoreSetup::standard(files, secrets, clock, scheduler, authenticator),
                            Requirements::shared());
     window.show();
+    window.start();
     return QApplication::exec();
 }

@@ -1,10 +1,12 @@
 #include "cli/Commands.h"
+#include "cli/DesktopApp.h"
 #include "platform/linux/LibsecretSecretStore.h"
 #include "platform/linux/PosixFileSystem.h"
 
 #include <iostream>
 
 int main(int argc, char** argv) {
+    if (argc == 1) return corvale::openDesktopApp();
     corvale::PosixFileSystem files;
     corvale::LibsecretSecretStore secrets;
     corvale::SystemClock clock;

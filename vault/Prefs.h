@@ -20,6 +20,7 @@ public:
     static constexpr std::string_view kAppLock = "appLock";
     static constexpr std::string_view kLastBackup = "lastBackup";
     static constexpr std::string_view kMigrated = "migratedFromQuillmarsh";
+    static constexpr std::string_view kIdleLockMinutes = "idleLockMinutes";
 
     Prefs(FileSystem& files, std::filesystem::path file);
     static std::filesystem::path defaultFile();  // <configuration>/Corvale/prefs.json

@@ -78,6 +78,8 @@ void fillSampleOffice(VaultStore& store);
 
 inline void screenshot(QWidget& widget, const QString& name) {
     widget.resize(1280, 800);
+    // Rows added to a visible layout show themselves on the next turn of the event loop.
+    QTest::qWait(50);
     QDir().mkpath(QStringLiteral(CORVALE_SCREENSHOT_DIR));
     QVERIFY(widget.grab().save(QStringLiteral(CORVALE_SCREENSHOT_DIR "/%1.png").arg(name)));
 }

@@ -15,10 +15,13 @@
 
 #include <QCheckBox>
 #include <QComboBox>
+#include <QDBusConnection>
+#include <QDBusMessage>
 #include <QDir>
 #include <QLabel>
 #include <QLineEdit>
 #include <QPushButton>
+#include <QTemporaryDir>
 #include <QTest>
 
 #include <sstream>
@@ -40,15 +43,12 @@ std::string run(Device& device, std::vector<std::string> args) {
 class MainWindowTest : public QObject {
     Q_OBJECT
 
-    static void screenshot(QWidget& window, const char* name) {
-        window.resize(1280, 800);
-        QDir().mkpath(QStringLiteral(CORVALE_SCREENSHOT_DIR));
-        QVERIFY(window.grab().save(QStringLiteral(CORVALE_SCREENSHOT_DIR "/%1.png").arg(QString::fromLatin1(name))));
-    }
+    static void screenshot(QWidget& window, const char* name) { testing::screenshot(window, QString::fromLatin1(name)); }
 
     static QString errorText(QWidget& page) {
-        const auto* label = page.findChild<QLabel*>(QStringLiteral("error"));
-        return label && label->isVisibleTo(&page) ? label->text() : QString();
+        for (const auto* label : page.findChildren<QLabel*>(QStringLiteral("error")))
+            if (label->isVisibleTo(&page)) return label->text();
+        return QString();
     }
 
     static void fill(QWidget& page, const QString& accessibleName, const QString& text) {
@@ -85,6 +85,8 @@ private slots:
         auto windowOwner = std::make_unique<MainWindow>(device.setup(), rules());
         MainWindow& window = *windowOwner;
         window.show();
+        QCOMPARE(window.pageName(), QStringLiteral("opening"));
+        window.start();
         QCOMPARE(window.pageName(), QStringLiteral("onboarding"));
         OnboardingPage& page = *window.onboardingPage();
 
@@ -198,6 +200,155 @@ private slots:
         QCOMPARE(other.phase(), VaultPhase::locked);
         QVERIFY(other.unlock().ok());
         QCOMPARE(other.doc().people.at(0).specialty, std::optional<std::string>("Emergency nursing"));
+    }
+
+    static void copyAcross(Device& from, Device& to, const std::filesystem::path& source, const std::filesystem::path& target) {
+        auto bytes = from.files.readFile(source);
+        QVERIFY(bytes.ok());
+        QVERIFY(to.files.createDirectories(target.parent_path()).ok());
+        QVERIFY(to.files.replaceFileAtomically(target, *bytes).ok());
+    }
+
+    static void fillIn(QWidget& page, const QString& accessibleName, const QString& text) {
+        for (auto* edit : page.findChildren<QLineEdit*>()) {
+            if (edit->accessibleName() != accessibleName || !edit->isVisibleTo(&page)) continue;
+            edit->setText(text);
+            return;
+        }
+        QFAIL(qPrintable(QStringLiteral("no visible field ") + accessibleName));
+    }
+
+    void anotherDeviceJoinsOrRestoresFromOnboarding() {
+        Device first;
+        // Backups are written to and read from the real disk, where the user chooses.
+        QTemporaryDir disk;
+        const std::filesystem::path backup = disk.filePath(QStringLiteral("Corvale Backup.pbbackup")).toStdString();
+        {
+            VaultStore store(first.setup());
+            testing::fillSampleVault(store);
+            QVERIFY(store.exportKeyFile("/support/Corvale/Vault/vault.key", "correct horse battery").ok());
+            auto exported = store.exportBackup("backup passphrase", backup);
+            if (!exported) QFAIL(exported.error().message().c_str());
+        }
+
+        // Joining: the vault folder with its key file, as a synced folder would bring it.
+        Device second;
+        copyAcross(first, second, "/support/Corvale/Vault/vault.pbv", "/sync/Corvale/vault.pbv");
+        copyAcross(first, second, "/support/Corvale/Vault/vault.key", "/sync/Corvale/vault.key");
+        {
+            MainWindow window(second.setup(), rules());
+            window.show();
+            window.start();
+            OnboardingPage& page = *window.onboardingPage();
+            page.showWay(OnboardingPage::Way::join);
+            fillIn(page, QStringLiteral("Vault folder"), QStringLiteral("/sync/Corvale"));
+            fillIn(page, QStringLiteral("Passphrase"), QStringLiteral("wrong passphrase"));
+            QTest::mouseClick(testing::button(page, QStringLiteral("Join vault")), Qt::LeftButton);
+            QCOMPARE(errorText(page), QStringLiteral("That passphrase doesn't unlock this vault."));
+            QCOMPARE(window.pageName(), QStringLiteral("onboarding"));
+            fillIn(page, QStringLiteral("Passphrase"), QStringLiteral("correct horse battery"));
+            QTest::mouseClick(testing::button(page, QStringLiteral("Join vault")), Qt::LeftButton);
+            QCOMPARE(window.pageName(), QStringLiteral("today"));
+            QCOMPARE(window.store().doc().people.at(0).name, std::string("Maya Chen"));
+        }
+
+        // Restoring: one backup file, and nothing written until its passphrase is right.
+        Device third;
+        MainWindow window(third.setup(), rules());
+        window.show();
+        window.start();
+        OnboardingPage& page = *window.onboardingPage();
+        page.showWay(OnboardingPage::Way::restore);
+        screenshot(window, "onboarding-restore");
+        QTest::mouseClick(testing::button(page, QStringLiteral("Restore backup")), Qt::LeftButton);
+        QCOMPARE(errorText(page), QStringLiteral("Choose the backup file to restore."));
+        fillIn(page, QStringLiteral("Backup file"), QString::fromStdString(backup.string()));
+        fillIn(page, QStringLiteral("Passphrase"), QStringLiteral("not it"));
+        QTest::mouseClick(testing::button(page, QStringLiteral("Restore backup")), Qt::LeftButton);
+        QCOMPARE(errorText(page), QStringLiteral("That passphrase doesn't unlock this vault."));
+        QVERIFY(!third.files.exists("/support/Corvale/Vault/vault.pbv"));
+        fillIn(page, QStringLiteral("Passphrase"), QStringLiteral("backup passphrase"));
+        QTest::mouseClick(testing::button(page, QStringLiteral("Restore backup")), Qt::LeftButton);
+        QCOMPARE(window.pageName(), QStringLiteral("today"));
+        QCOMPARE(window.store().doc().credentials.size(), std::size_t{7});
+        QCOMPARE(window.statusText(), QStringLiteral("Restored from the backup."));
+    }
+
+    void anOfficeSwitchesBetweenPeopleWithTheirScores() {
+        Device device;
+        MainWindow window(device.setup(), rules());
+        testing::fillSampleOffice(window.store());
+        window.show();
+        window.refresh();
+        QComboBox* switcher = window.personSwitcher();
+        QVERIFY(switcher->isVisibleTo(&window));
+        QCOMPARE(switcher->count(), 4);
+        QVERIFY(switcher->itemText(0).startsWith(QStringLiteral("Everyone · ")));
+        // Worst first, each with their own score.
+        const auto scoreOf = [&](int row) { return switcher->itemText(row).section(QStringLiteral(" · "), 1).toInt(); };
+        QVERIFY(scoreOf(1) <= scoreOf(2) && scoreOf(2) <= scoreOf(3));
+        const int jordanRow = switcher->findText(QStringLiteral("Jordan Reyes · "), Qt::MatchStartsWith);
+        QVERIFY(jordanRow > 0);
+        const QString everyone = window.todayPage()->scoreRing()->centreText();
+
+        switcher->setCurrentIndex(jordanRow);
+        QCOMPARE(window.store().scopePersonId(),
+                 std::optional<std::string>(switcher->itemData(jordanRow).toString().toStdString()));
+        QCOMPARE(window.todayPage()->scoreRing()->centreText(), QString::number(scoreOf(jordanRow)));
+        QVERIFY(QString::number(scoreOf(jordanRow)) != everyone);
+        screenshot(window, "today-office");
+
+        switcher->setCurrentIndex(0);
+        QVERIFY(!window.store().scopePersonId());
+        QCOMPARE(window.todayPage()->scoreRing()->centreText(), everyone);
+
+        // A personal vault has no one to switch between.
+        Device single;
+        MainWindow own(single.setup(), rules());
+        testing::fillSampleVault(own.store());
+        own.refresh();
+        QVERIFY(!own.personSwitcher()->isVisibleTo(&own));
+    }
+
+    void appLockClosesTheVaultAfterIdleTimeAndWhenTheSessionLocks() {
+        Device device;
+        MainWindow window(device.setup(), rules());
+        testing::fillSampleVault(window.store());
+        window.show();
+        window.refresh();
+        QCOMPARE(window.idleLockDelay(), std::chrono::milliseconds{0});  // app lock off: nothing to wait for
+
+        QVERIFY(window.store().setAppLock(true).ok());
+        window.refresh();
+        QCOMPARE(window.idleLockDelay(), std::chrono::milliseconds{15 * 60'000});
+        QVERIFY(window.store().prefs().set(Prefs::kIdleLockMinutes, JSONValue(0.01)).ok());  // 600 ms
+        window.refresh();
+        QCOMPARE(window.idleLockDelay(), std::chrono::milliseconds{600});
+        // Input keeps it open...
+        for (int i = 0; i < 8; ++i) {
+            QTest::qWait(150);
+            QTest::mouseMove(window.todayPage(), QPoint(100 + i, 100));
+        }
+        QCOMPARE(window.pageName(), QStringLiteral("today"));
+        // ...and quiet closes it.
+        QTRY_COMPARE_WITH_TIMEOUT(window.pageName(), QStringLiteral("lock"), 3000);
+        QVERIFY(window.store().doc().people.empty());
+
+        QVERIFY(window.store().prefs().set(Prefs::kIdleLockMinutes, JSONValue(0.0)).ok());
+        QTest::mouseClick(window.lockPage()->unlockButton(), Qt::LeftButton);
+        QCOMPARE(window.pageName(), QStringLiteral("today"));
+        QCOMPARE(window.idleLockDelay(), std::chrono::milliseconds{0});
+
+        // The desktop's screen saver coming on locks it too.
+        auto bus = QDBusConnection::connectToBus(QDBusConnection::SessionBus, QStringLiteral("screen-saver"));
+        if (!bus.isConnected()) QSKIP("no session bus here; run under dbus-run-session");
+        auto signal = QDBusMessage::createSignal(QStringLiteral("/org/freedesktop/ScreenSaver"),
+                                                 QStringLiteral("org.freedesktop.ScreenSaver"),
+                                                 QStringLiteral("ActiveChanged"));
+        signal << true;
+        QVERIFY(bus.send(signal));
+        QTRY_COMPARE_WITH_TIMEOUT(window.pageName(), QStringLiteral("lock"), 3000);
+        QDBusConnection::disconnectFromBus(QStringLiteral("screen-saver"));
     }
 };
 

@@ -43,3 +43,16 @@ today=$("$corvale" today --as-of 2026-11-22)
 check "today headline" "One license needs its renewal date." "$(sed -n 2p <<<"$today")"
 check "today progress" 1 "$(grep -c '^  Texas (TX) · cycle November 22, 2026 – November 22, 2028$' <<<"$today")"
 echo "cli smoke passed"
+
+# With no command it opens the desktop app when one is built beside it, and says so plainly when not.
+app="$(dirname "$corvale")/../app/corvale-app"
+set +e
+if [ -x "$app" ]; then
+  QT_QPA_PLATFORM=offscreen timeout 3 "$corvale" >/dev/null 2>&1
+  check "no command opens the app, which runs until stopped" 124 $?
+else
+  message=$("$corvale" 2>&1 >/dev/null)
+  check "no command without the app" 1 $?
+  case "$message" in *"desktop app isn't installed"*) ;; *) check "no-app message" "desktop app isn't installed" "$message" ;; esac
+fi
+set -e

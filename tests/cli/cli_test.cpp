@@ -1,8 +1,11 @@
 #include "TestDevice.h"
+#include "cli/DesktopApp.h"
 
 #include <algorithm>
 #include <fstream>
 #include <iterator>
+
+#include <unistd.h>
 
 namespace corvale {
 namespace {
@@ -196,6 +199,29 @@ TEST_F(CommandLineTest, KeyFileExportLetsASecondDeviceJoin) {
     ASSERT_EQ(joined.code, 0) << joined.err;
     EXPECT_EQ(joined.line(), vaultId);
     EXPECT_EQ(other.counts(), device.counts());
+}
+
+TEST(DesktopApp, IsFoundBesideTheProgramOrInTheBuildTreeAndOnlyWhenItCanRun) {
+    namespace fs = std::filesystem;
+    const fs::path root = fs::temp_directory_path() / ("corvale-app-lookup-" + std::to_string(::getpid()));
+    fs::remove_all(root);
+    const auto place = [](const fs::path& file, fs::perms perms) {
+        fs::create_directories(file.parent_path());
+        std::ofstream(file) << "#!/bin/sh\n";
+        fs::permissions(file, perms);
+    };
+    const auto runnable = fs::perms::owner_all;
+    const auto readable = fs::perms::owner_read | fs::perms::owner_write;
+
+    place(root / "build/app/corvale-app", runnable);
+    EXPECT_EQ(findDesktopApp(root / "build/cli/corvale"), root / "build/app/corvale-app");
+    place(root / "build/cli/corvale-app", runnable);  // one beside the program wins
+    EXPECT_EQ(findDesktopApp(root / "build/cli/corvale"), root / "build/cli/corvale-app");
+
+    place(root / "usr/bin/corvale-app", readable);
+    EXPECT_EQ(findDesktopApp(root / "usr/bin/corvale"), std::nullopt);
+    EXPECT_EQ(findDesktopApp(root / "empty/corvale"), std::nullopt);
+    fs::remove_all(root);
 }
 
 }  // namespace
