@@ -19,6 +19,7 @@
 #include <QLabel>
 #include <QListWidget>
 #include <QPushButton>
+#include <QShortcut>
 #include <QStackedWidget>
 #include <QTimer>
 #include <QVBoxLayout>
@@ -122,6 +123,8 @@ MainWindow::MainWindow(const VaultStoreSetup& setup, const Requirements& require
     m_idleTimer->setSingleShot(true);
     connect(m_idleTimer, &QTimer::timeout, this, &MainWindow::lockIfEnabled);
     qApp->installEventFilter(this);
+    auto* lockNow = new QShortcut(QKeySequence(Qt::CTRL | Qt::Key_L), m_shell);
+    connect(lockNow, &QShortcut::activated, this, &MainWindow::lockIfEnabled);
     m_session = new SessionWatcher(this);
     connect(m_session, &SessionWatcher::sessionLocked, this, &MainWindow::lockIfEnabled);
 
@@ -135,6 +138,11 @@ void MainWindow::addScreen(const QString& name, const QString& title, QWidget* p
     m_screens->addWidget(page);
     m_sidebar->addItem(title);
     m_screenNames.push_back(name);
+    // Ctrl+1, Ctrl+2... in sidebar order.
+    const int row = m_sidebar->count() - 1;
+    auto* jump = new QShortcut(QKeySequence(Qt::CTRL | static_cast<Qt::Key>(Qt::Key_1 + row)), m_shell);
+    connect(jump, &QShortcut::activated, this, [this, row] { m_sidebar->setCurrentRow(row); });
+    m_sidebar->item(row)->setToolTip(tr("%1 (Ctrl+%2)").arg(title).arg(row + 1));
     if (auto* screen = qobject_cast<Screen*>(page)) {
         m_screenList.push_back(screen);
         connect(screen, &Screen::recordsChanged, this, &MainWindow::refresh);
