@@ -34,7 +34,6 @@
 #include <algorithm>
 #include <cmath>
 #include <map>
-#include <set>
 
 namespace corvale::app {
 namespace {
