@@ -535,6 +535,8 @@ private slots:
                 palette.setColor(QPalette::Mid, QColor(0x4a, 0x50, 0x58));
                 palette.setColor(QPalette::Midlight, QColor(0x3a, 0x3f, 0x46));
                 palette.setColor(QPalette::PlaceholderText, QColor(0x8a, 0x93, 0x9e));
+                for (const auto role : {QPalette::WindowText, QPalette::Text, QPalette::ButtonText})
+                    palette.setColor(QPalette::Disabled, role, QColor(0x6b, 0x74, 0x80));
                 QApplication::setPalette(palette);
             }
             OpenVault vault;
