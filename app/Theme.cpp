@@ -4,6 +4,36 @@
 #include <QWidget>
 
 namespace corvale::app {
+namespace {
+
+// The CME screen: its activity table, the editor panel and the undo bar.
+QString cmeStyleSheet() {
+    return QStringLiteral(R"(
+        QTableView#activities { background: palette(base); alternate-background-color: palette(alternate-base);
+                                border: 1px solid palette(midlight); border-radius: 10px; outline: 0;
+                                selection-background-color: #2b6f97; selection-color: white; }
+        QTableView#activities::item { padding: 0 8px; border: none; }
+        QTableView#activities QHeaderView::section { background: palette(base); color: #6b7785; font-weight: 600;
+                                                     border: none; border-bottom: 1px solid palette(midlight);
+                                                     padding: 7px 8px; }
+        QTableView#activities QHeaderView { background: transparent; border: none; }
+        QWidget#editorForm { background: palette(base); }
+        QScrollArea#editorScroll { background: transparent; border: none; }
+        QLabel#fieldLabel { font-weight: 600; }
+        QListView#topics, QListView#certificates, QPlainTextEdit { border: 1px solid palette(mid); border-radius: 6px;
+                                                                   background: palette(base); padding: 2px; }
+        QListView#topics::item { padding: 3px 2px; }
+        QPlainTextEdit:focus, QListView#topics:focus, QListView#certificates:focus { border: 2px solid #2b6f97; }
+        QFrame#undoBar { background: palette(base); border: 1px solid palette(midlight); border-radius: 8px; }
+        QPushButton#flat { border: none; background: transparent; color: #6b7785; }
+        corvale--app--CMEPage QScrollBar:vertical { background: transparent; width: 10px; margin: 2px; }
+        corvale--app--CMEPage QScrollBar::handle:vertical { background: palette(mid); border-radius: 3px; min-height: 32px; }
+        corvale--app--CMEPage QScrollBar::add-line:vertical, corvale--app--CMEPage QScrollBar::sub-line:vertical { height: 0; }
+        corvale--app--CMEPage QScrollBar::add-page:vertical, corvale--app--CMEPage QScrollBar::sub-page:vertical { background: none; }
+    )");
+}
+
+}  // namespace
 
 QString appStyleSheet() {
     // palette() keeps backgrounds and text on the system's light or dark scheme.
@@ -29,7 +59,7 @@ QString appStyleSheet() {
         QComboBox { padding-right: 26px; }
         QComboBox::drop-down { border: none; width: 24px; subcontrol-position: center right; }
         QComboBox::down-arrow { image: url(:/icons/chevron-down.png); width: 16px; height: 16px; }
-    )");
+    )") + cmeStyleSheet();
 }
 
 QColor goodColor() { return QColor(0x1f, 0x8a, 0x5b); }

@@ -1,0 +1,86 @@
+#pragma once
+// Continuing education: each state licence's current cycle, the activities
+// logged, filtered by what they count toward, and the panel that logs them.
+
+#include "app/Screen.h"
+
+#include <QHash>
+#include <QList>
+#include <QStringList>
+
+#include <cstddef>
+#include <vector>
+
+class QAbstractItemView;
+class QComboBox;
+class QFrame;
+class QGridLayout;
+class QLabel;
+class QLineEdit;
+class QTableView;
+
+namespace corvale::app {
+
+class ActivityEditor;
+class ActivityFilterModel;
+class ActivityListModel;
+
+class CMEPage : public Screen {
+    Q_OBJECT
+
+public:
+    explicit CMEPage(AppContext& context, QWidget* parent = nullptr);
+    void reload() override;
+    // Opens the editor for a new activity; with a licence id, its open topics
+    // come ticked and the licence filter shows that licence.
+    void logActivity(const QString& licenseId = QString());
+    void editActivity(const QString& activityId);
+    ActivityEditor* editor() const { return m_editor; }
+    QAbstractItemView* view() const;
+
+    // What the footer says about the activities shown.
+    QString footerText() const;
+
+protected:
+    bool eventFilter(QObject* watched, QEvent* event) override;
+
+private:
+    struct Licence {
+        QString personId;
+        QString label;      // "Texas license", with the person's name in an office
+        QString stateName;
+        QStringList openTopics;
+        std::vector<std::size_t> members;  // positions in the document's activities inside the cycle
+    };
+
+    void layoutCards();
+    void sizeColumns();
+    void fillLicenceFilter();
+    void applyFilters();
+    void updateFooter();
+    void deleteActivity(const QString& activityId);
+    void undoDelete();
+    bool setActivityDeleted(const QString& activityId, bool deleted);
+    void afterChange(const QString& confirmation);
+
+    ActivityListModel* m_model = nullptr;
+    ActivityFilterModel* m_filter = nullptr;
+    QTableView* m_view = nullptr;
+    ActivityEditor* m_editor = nullptr;
+    QLabel* m_cardsHeading = nullptr;
+    QGridLayout* m_cards = nullptr;
+    QLineEdit* m_search = nullptr;
+    QComboBox* m_category = nullptr;
+    QComboBox* m_licence = nullptr;
+    QComboBox* m_period = nullptr;
+    QFrame* m_undoBar = nullptr;
+    QLabel* m_undoText = nullptr;
+    QLabel* m_footer = nullptr;
+    QLabel* m_empty = nullptr;
+    QString m_deletedId;
+    QList<QWidget*> m_cardWidgets;
+    QHash<QString, Licence> m_licences;  // by licence id
+    QStringList m_licenceOrder;          // as the records list them
+};
+
+}  // namespace corvale::app
