@@ -20,6 +20,8 @@ public:
     static constexpr std::string_view kAppLock = "appLock";
     static constexpr std::string_view kLastBackup = "lastBackup";
     static constexpr std::string_view kMigrated = "migratedFromQuillmarsh";
+    // Minutes without input before an app-locked vault locks itself; 0 never.
+    static constexpr std::string_view kIdleLockMinutes = "idleLockMinutes";
 
     Prefs(FileSystem& files, std::filesystem::path file);
     static std::filesystem::path defaultFile();  // <configuration>/Corvale/prefs.json
