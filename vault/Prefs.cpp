@@ -34,6 +34,15 @@ const JSONValue* Prefs::value(std::string_view key) const {
     return it == m_values.end() ? nullptr : &it->second;
 }
 
+int Prefs::idleLockMinutes() const {
+    const JSONValue* found = value(kIdleLockMinutes);
+    if (!found || !found->isNumber()) return kDefaultIdleLockMinutes;
+    // A hand-edited file may hold anything; a day is the most that still means something.
+    const double minutes = found->asNumber();
+    if (!(minutes > 0)) return 0;
+    return minutes >= 24 * 60 ? 24 * 60 : static_cast<int>(minutes);
+}
+
 Result<void, VaultError> Prefs::setFlag(std::string_view key, bool value) { return set(key, value); }
 
 Result<void, VaultError> Prefs::setTimestamp(std::string_view key, const Timestamp& value) {

@@ -22,6 +22,7 @@ public:
     static constexpr std::string_view kMigrated = "migratedFromQuillmarsh";
     // Minutes without input before an app-locked vault locks itself; 0 never.
     static constexpr std::string_view kIdleLockMinutes = "idleLockMinutes";
+    static constexpr int kDefaultIdleLockMinutes = 15;
 
     Prefs(FileSystem& files, std::filesystem::path file);
     static std::filesystem::path defaultFile();  // <configuration>/Corvale/prefs.json
@@ -32,6 +33,8 @@ public:
     bool flag(std::string_view key) const;
     std::optional<Timestamp> timestamp(std::string_view key) const;
     const JSONValue* value(std::string_view key) const;
+    // kDefaultIdleLockMinutes until the user picks; 0 means never.
+    int idleLockMinutes() const;
 
     Result<void, VaultError> setFlag(std::string_view key, bool value);
     Result<void, VaultError> setTimestamp(std::string_view key, const Timestamp& value);
