@@ -139,7 +139,8 @@ QFrame* card(const QString& heading, const QString& caption, QWidget* parent, QV
 }
 
 // A field with its label above and room for a problem below, as one grid cell.
-QWidget* cell(const QString& label, QWidget* field, QWidget* parent, QLabel* error = nullptr, QWidget* beside = nullptr) {
+QWidget* cell(const QString& label, QWidget* field, QWidget* parent, QLabel* error = nullptr,
+              QWidget* beside = nullptr) {
     auto* box = new QWidget(parent);
     auto* layout = new QVBoxLayout(box);
     layout->setContentsMargins(0, 0, 0, 0);
@@ -309,8 +310,10 @@ QFrame* ProfilePage::buildPersonal(QWidget* content) {
     m_dobNote->setAccessibleName(tr("Date of birth note"));
     m_dobNote->setVisible(false);
     connect(m_dobToggle, &QPushButton::clicked, this, [this] {
-        if (m_dobShown) hideDateOfBirth();
-        else showDateOfBirth();
+        if (m_dobShown)
+            hideDateOfBirth();
+        else
+            showDateOfBirth();
     });
 
     m_email = lineEdit(tr("Email"), tr("name@example.org"), frame);
@@ -373,8 +376,9 @@ QFrame* ProfilePage::buildPractice(QWidget* content) {
 
 QFrame* ProfilePage::buildWorkHistory(QWidget* content) {
     QVBoxLayout* body = nullptr;
-    QFrame* frame = card(tr("Work history"), tr("Where you have worked, newest first. Offices ask for it when they credential you."),
-                         content, body);
+    QFrame* frame =
+        card(tr("Work history"),
+             tr("Where you have worked, newest first. Offices ask for it when they credential you."), content, body);
     m_workModel = new RowsModel({tr("Employer"), tr("Role"), tr("From"), tr("To")}, this);
     m_workTable = recordTable(m_workModel, tr("Work history"), frame);
     m_workTable->horizontalHeader()->setSectionResizeMode(QHeaderView::Stretch);
@@ -446,7 +450,8 @@ QFrame* ProfilePage::buildWorkHistory(QWidget* content) {
 
 QFrame* ProfilePage::buildFacilities(QWidget* content) {
     QVBoxLayout* body = nullptr;
-    QFrame* frame = card(tr("Facilities"), tr("Places you work or are joining, and what each asks you to bring."), content, body);
+    QFrame* frame =
+        card(tr("Facilities"), tr("Places you work or are joining, and what each asks you to bring."), content, body);
     m_facilityModel = new RowsModel({tr("Facility"), tr("State"), tr("Starts"), tr("Asks for"), tr("Contact")}, this);
     m_facilityTable = recordTable(m_facilityModel, tr("Facilities"), frame);
     m_facilityTable->horizontalHeader()->setSectionResizeMode(QHeaderView::Interactive);
@@ -578,8 +583,7 @@ void ProfilePage::fillHeader() {
         QString line = text(person->name);
         if (const auto degree = person->degreeValue()) line += QStringLiteral(", ") + text(displayName(*degree));
         if (person->specialty) line += QStringLiteral(" · ") + text(*person->specialty);
-        if (context().isOffice())
-            line += tr(" · one of %1 people in this vault").arg(context().people().size());
+        if (context().isOffice()) line += tr(" · one of %1 people in this vault").arg(context().people().size());
         m_subtitle->setText(line);
     }
     m_undo->setEnabled(context().store.canUndoProfileEdit());
@@ -614,8 +618,10 @@ void ProfilePage::fillForm() {
     m_practiceAddress->setText(text(shown.practiceAddress));
     m_practicePhone->setText(text(shown.practicePhone));
     m_notes->setPlainText(text(shown.notes));
-    if (m_dobShown) m_dob->setText(text(shown.dob));
-    else hideDateOfBirth();
+    if (m_dobShown)
+        m_dob->setText(text(shown.dob));
+    else
+        hideDateOfBirth();
     showMessage(m_nameError, {});
     showMessage(m_npiError, {});
     showMessage(m_status, {});
@@ -650,11 +656,11 @@ void ProfilePage::fillLists() {
             if (facility.deleted) continue;
             QStringList items;
             for (const auto& item : facility.requiredItems) items << kindName(item);
-            facilityRows.push_back({facility.id,
-                                    {text(facility.name),
-                                     facility.state ? text(USState::nameOf(*facility.state)) : QString(),
-                                     facility.startDate ? text(facility.startDate->shortFormatted()) : QString(),
-                                     items.join(QStringLiteral(", ")), text(facility.contactEmail)}});
+            facilityRows.push_back(
+                {facility.id,
+                 {text(facility.name), facility.state ? text(USState::nameOf(*facility.state)) : QString(),
+                  facility.startDate ? text(facility.startDate->shortFormatted()) : QString(),
+                  items.join(QStringLiteral(", ")), text(facility.contactEmail)}});
         }
     }
     m_facilityModel->setRows(std::move(facilityRows));
@@ -815,7 +821,8 @@ void ProfilePage::saveWork() {
     std::optional<Day> from;
     std::optional<Day> to;
     if (!readDay(m_workFrom, from) || !readDay(m_workTo, to)) {
-        showMessage(m_workError, tr("Dates read as YYYY-MM-DD, so type them like 2021-07-01; leave To empty for a current job."));
+        showMessage(m_workError,
+                    tr("Dates read as YYYY-MM-DD, so type them like 2021-07-01; leave To empty for a current job."));
         return;
     }
     if (from && to && *to < *from) {
@@ -920,7 +927,8 @@ void ProfilePage::saveFacility() {
     }
     std::optional<Day> start;
     if (!readDay(m_facilityStart, start)) {
-        showMessage(m_facilityError, tr("The start date reads as YYYY-MM-DD, so type it like 2027-01-15, or leave it empty."));
+        showMessage(m_facilityError,
+                    tr("The start date reads as YYYY-MM-DD, so type it like 2027-01-15, or leave it empty."));
         m_facilityStart->setFocus();
         return;
     }

@@ -65,7 +65,8 @@ ReminderDays parseReminderDays(const QString& typed) {
         bool whole = false;
         const int days = piece.toInt(&whole);
         if (!whole) {
-            parsed.problem = QObject::tr("“%1” isn't a whole number of days, so use numbers like 90, 30, 7.").arg(piece);
+            parsed.problem =
+                QObject::tr("“%1” isn't a whole number of days, so use numbers like 90, 30, 7.").arg(piece);
             return parsed;
         }
         if (days < 1 || days > 365) {
@@ -284,8 +285,8 @@ SettingsPage::PassphrasePanel SettingsPage::passphrasePanel(const QString& subje
                                 "detail", panel.frame));
     panel.passphrase = passphraseField(tr("%1 passphrase").arg(subject.left(1).toUpper() + subject.mid(1)),
                                        tr("Passphrase"), panel.frame);
-    panel.repeat = passphraseField(tr("Repeat %1 passphrase").arg(subject), tr("The same passphrase again"),
-                                   panel.frame);
+    panel.repeat =
+        passphraseField(tr("Repeat %1 passphrase").arg(subject), tr("The same passphrase again"), panel.frame);
     auto* fields = new QHBoxLayout;
     fields->setSpacing(10);
     fields->addWidget(panel.passphrase);
@@ -486,7 +487,8 @@ void SettingsPage::reload() {
     showMessage(m_privacyError, {});
 
     showLastBackup();
-    m_vaultFolder->setText(tr("Vault folder: %1").arg(QString::fromStdString(context().store.vaultDirectory().string())));
+    m_vaultFolder->setText(
+        tr("Vault folder: %1").arg(QString::fromStdString(context().store.vaultDirectory().string())));
     closePanels();
 }
 
@@ -547,7 +549,7 @@ void SettingsPage::setAppLock(bool enabled) {
         const QSignalBlocker blocker(m_appLock);
         m_appLock->setChecked(!enabled);
         const bool refused = changed.error().code == VaultError::Code::locked;
-        showMessage(m_privacyError, !refused        ? text(changed.error().message())
+        showMessage(m_privacyError, !refused  ? text(changed.error().message())
                                     : enabled ? tr("Your password wasn't confirmed, so app lock stays off.")
                                               : tr("Your password wasn't confirmed, so app lock stays on."));
         return;
@@ -578,9 +580,12 @@ void SettingsPage::showLastBackup() {
     const Day made = Day::local(std::chrono::time_point_cast<std::chrono::system_clock::duration>(last->time));
     const int ago = made.daysTo(context().today());
     QString when = text(made.formatted());
-    if (ago == 0) when += tr(" (today)");
-    else if (ago == 1) when += tr(" (yesterday)");
-    else if (ago > 1) when += tr(" (%1 days ago)").arg(ago);
+    if (ago == 0)
+        when += tr(" (today)");
+    else if (ago == 1)
+        when += tr(" (yesterday)");
+    else if (ago > 1)
+        when += tr(" (%1 days ago)").arg(ago);
     m_lastBackup->setText(tr("Last backup made %1.").arg(when));
 }
 
@@ -597,7 +602,8 @@ namespace {
 // Empty when the two fields hold the same passphrase of a fit length.
 QString passphraseProblem(const QLineEdit* passphrase, const QLineEdit* repeat) {
     if (passphrase->text().size() < kMinimumPassphrase)
-        return QObject::tr("That passphrase is shorter than %1 characters, so choose a longer one.").arg(kMinimumPassphrase);
+        return QObject::tr("That passphrase is shorter than %1 characters, so choose a longer one.")
+            .arg(kMinimumPassphrase);
     if (passphrase->text() != repeat->text())
         return QObject::tr("The two passphrases differ, so type the same one in both fields.");
     return {};
@@ -611,9 +617,9 @@ void SettingsPage::exportBackup() {
         m_export.passphrase->setFocus();
         return;
     }
-    const QString chosen = chooseFile(true, tr("Save backup"),
-                                      QStringLiteral("Corvale Backup %1.pbbackup").arg(text(context().today().toString())),
-                                      tr("Corvale backups (*.pbbackup)"));
+    const QString chosen = chooseFile(
+        true, tr("Save backup"), QStringLiteral("Corvale Backup %1.pbbackup").arg(text(context().today().toString())),
+        tr("Corvale backups (*.pbbackup)"));
     if (chosen.isEmpty()) return;
     VaultStore& store = context().store;
     if (auto flushed = store.flush(); !flushed) {
@@ -635,12 +641,13 @@ void SettingsPage::exportBackup() {
 }
 
 void SettingsPage::chooseRestore() {
-    const QString chosen = chooseFile(false, tr("Choose a backup"), QString(),
-                                      tr("Corvale backups (*.pbbackup);;All files (*)"));
+    const QString chosen =
+        chooseFile(false, tr("Choose a backup"), QString(), tr("Corvale backups (*.pbbackup);;All files (*)"));
     if (chosen.isEmpty()) return;
     closePanels();
     m_restorePath = chosen;
-    m_restoreFile->setText(tr("Restore from “%1”. Enter the passphrase it was made with.").arg(QFileInfo(chosen).fileName()));
+    m_restoreFile->setText(
+        tr("Restore from “%1”. Enter the passphrase it was made with.").arg(QFileInfo(chosen).fileName()));
     m_restorePanel->setVisible(true);
     m_restorePassphrase->setFocus();
 }
@@ -702,7 +709,8 @@ void SettingsPage::exportKeyFile() {
         m_key.passphrase->setFocus();
         return;
     }
-    const QString chosen = chooseFile(true, tr("Save key file"), text(VaultStore::kKeyFileName), tr("Key files (*.key)"));
+    const QString chosen =
+        chooseFile(true, tr("Save key file"), text(VaultStore::kKeyFileName), tr("Key files (*.key)"));
     if (chosen.isEmpty()) return;
     VaultStore& store = context().store;
     const std::string passphrase = m_key.passphrase->text().toStdString();

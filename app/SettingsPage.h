@@ -27,12 +27,13 @@ public:
     ~SettingsPage() override;
 
     void reload() override;
-    // For tests and the window: the file the next export/restore/key-file choice returns instead of opening a file dialog (used once).
+    // For tests and the window: the file the next export/restore/key-file choice returns instead of opening a file
+    // dialog (used once).
     void setNextFileChoice(const QString& path);
 
 signals:
-    void phaseChanged();      // erased or restored: the window re-routes by the store's phase
-    void idleLockChanged();   // the idle minutes or app lock changed
+    void phaseChanged();     // erased or restored: the window re-routes by the store's phase
+    void idleLockChanged();  // the idle minutes or app lock changed
 
 private:
     // Two passphrase fields with their problem line and buttons, shown inline under the button that opened them.

@@ -30,8 +30,8 @@ Failure<VaultError> damagedBackup() { return archiveFailure(ArchiveError::make(A
 // that matter lie in it, and the vault key its passphrase opens.
 struct OpenedBackup {
     ZipFileReader reader;
-    std::size_t document = 0;         // index into reader.entries()
-    std::vector<std::size_t> blobs;   // likewise, only entries named like a blob
+    std::size_t document = 0;        // index into reader.entries()
+    std::vector<std::size_t> blobs;  // likewise, only entries named like a blob
     SecureBytes key;
 };
 
@@ -47,7 +47,8 @@ Result<OpenedBackup, VaultError> openBackup(const std::filesystem::path& archive
         if (name == VaultStore::kKeyFileName) keyEntry = index;
         if (name == VaultFiles::kDocumentFileName) documentEntry = index;
         // Only names a blob can have: nothing in an archive may choose where it lands.
-        if (name.starts_with(kBlobsPrefix) && VaultFiles::isBlobFileName(std::string_view(name).substr(kBlobsPrefix.size())))
+        if (name.starts_with(kBlobsPrefix) &&
+            VaultFiles::isBlobFileName(std::string_view(name).substr(kBlobsPrefix.size())))
             blobs.push_back(index);
     }
     if (!keyEntry || !documentEntry) return fail(VaultError::badFormat());

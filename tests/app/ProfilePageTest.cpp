@@ -120,7 +120,8 @@ private slots:
     void aBadNPIOrNoNameBlocksTheSaveAndWritesNothing() {
         OpenVault vault;
         testing::fillSampleVault(vault.store);
-        QVERIFY(vault.store.change([](VaultDocument& doc) { doc.people[0].npiVerifiedAt = "2026-10-01T09:00:00.000Z"; }).ok());
+        QVERIFY(vault.store.change([](VaultDocument& doc) { doc.people[0].npiVerifiedAt = "2026-10-01T09:00:00.000Z"; })
+                    .ok());
         QVERIFY(vault.store.flush().ok());
         ProfilePage page(vault.context);
         const std::string saved = encodeVaultDocument(vault.store.doc());
@@ -132,7 +133,8 @@ private slots:
         field(page, "NPI")->setText("1234567893");
         field(page, "Name")->setText("   ");
         QVERIFY(press(page, "Save"));
-        QCOMPARE(problem(page, "Name problem"), QStringLiteral("Enter a name, so the profile says whose records these are."));
+        QCOMPARE(problem(page, "Name problem"),
+                 QStringLiteral("Enter a name, so the profile says whose records these are."));
         QCOMPARE(encodeVaultDocument(vault.store.doc()), saved);
         QVERIFY(!vault.store.hasPendingSave());
         QVERIFY(!vault.store.canUndoProfileEdit());
@@ -163,7 +165,8 @@ private slots:
         QCOMPARE(reasons, std::vector<std::string>{"Show your date of birth"});
         QVERIFY(!dob->text().contains("1984"));
         QVERIFY(dob->isReadOnly());
-        QCOMPARE(problem(page, "Date of birth note"), QStringLiteral("Your password wasn't confirmed, so the date stays hidden."));
+        QCOMPARE(problem(page, "Date of birth note"),
+                 QStringLiteral("Your password wasn't confirmed, so the date stays hidden."));
 
         // A device that cannot ask at all lets its owner in.
         vault.device.authenticator.answer = AuthenticationResult::unavailable;
@@ -254,9 +257,10 @@ private slots:
     void facilitiesKeepWhatTheyAskForEvenWhenThisVersionCannotNameIt() {
         OpenVault vault;
         testing::fillSampleVault(vault.store);
-        QVERIFY(vault.store.change([](VaultDocument& doc) {
-            doc.people[0].facilities->at(0).requiredItems.push_back("fitTest");
-        }).ok());
+        QVERIFY(
+            vault.store
+                .change([](VaultDocument& doc) { doc.people[0].facilities->at(0).requiredItems.push_back("fitTest"); })
+                .ok());
         ProfilePage page(vault.context);
         QTableView* facilities = table(page, "Facilities");
         QCOMPARE(column(facilities, 0), QStringList{"Seton Medical Center Austin"});
@@ -283,7 +287,8 @@ private slots:
         field(page, "Contact email")->setText("medstaff@seton.example.org");
         QVERIFY(press(page, "Save facility"));
         const Facility& edited = self(vault).facilities->at(0);
-        QCOMPARE(edited.requiredItems, (std::vector<std::string>{"fitTest", "stateLicense", "bls", "acls", "malpractice"}));
+        QCOMPARE(edited.requiredItems,
+                 (std::vector<std::string>{"fitTest", "stateLicense", "bls", "acls", "malpractice"}));
         QCOMPARE(edited.contactEmail, std::optional<std::string>("medstaff@seton.example.org"));
         QCOMPARE(edited.state, std::optional<std::string>("TX"));
 
@@ -309,15 +314,17 @@ private slots:
         OpenVault vault;
         testing::fillSampleVault(vault.store);
         const Timestamp consented = Timestamp::now(vault.device.clock);
-        QVERIFY(vault.store.change([&](VaultDocument& doc) {
-            Person& maya = doc.people[0];
-            maya.degree = "DMD";  // a degree a newer version knows
-            maya.extra["badgeColor"] = JSONValue("teal");
-            maya.screenings = std::vector<JSONValue>{JSONValue(JSONObject{{"source", JSONValue("leie")}})};
-            maya.orgAccess = std::vector<JSONValue>{JSONValue(JSONObject{{"org", JSONValue("Seton")}})};
-            maya.color = "#2b6f97";
-            maya.healthConsent = HealthConsent{consented, 2};
-        }).ok());
+        QVERIFY(vault.store
+                    .change([&](VaultDocument& doc) {
+                        Person& maya = doc.people[0];
+                        maya.degree = "DMD";  // a degree a newer version knows
+                        maya.extra["badgeColor"] = JSONValue("teal");
+                        maya.screenings = std::vector<JSONValue>{JSONValue(JSONObject{{"source", JSONValue("leie")}})};
+                        maya.orgAccess = std::vector<JSONValue>{JSONValue(JSONObject{{"org", JSONValue("Seton")}})};
+                        maya.color = "#2b6f97";
+                        maya.healthConsent = HealthConsent{consented, 2};
+                    })
+                    .ok());
         ProfilePage page(vault.context);
         QCOMPARE(named<QComboBox>(page, "Degree")->currentText(), QStringLiteral("DMD"));
 

@@ -139,7 +139,8 @@ private slots:
         QCOMPARE(authenticator.reasons.back(), std::string("Turn on app lock"));
         QVERIFY(!appLock->isChecked());
         QVERIFY(!vault.store.prefs().flag(Prefs::kAppLock));
-        QCOMPARE(problem(page, "Privacy problem"), QStringLiteral("Your password wasn't confirmed, so app lock stays off."));
+        QCOMPARE(problem(page, "Privacy problem"),
+                 QStringLiteral("Your password wasn't confirmed, so app lock stays off."));
         QCOMPARE(idle.count(), 0);
 
         authenticator.answer = AuthenticationResult::passed;
@@ -165,7 +166,8 @@ private slots:
         QCOMPARE(authenticator.reasons.back(), std::string("Turn off app lock"));
         QVERIFY(appLock->isChecked());
         QVERIFY(vault.store.prefs().flag(Prefs::kAppLock));
-        QCOMPARE(problem(page, "Privacy problem"), QStringLiteral("Your password wasn't confirmed, so app lock stays on."));
+        QCOMPARE(problem(page, "Privacy problem"),
+                 QStringLiteral("Your password wasn't confirmed, so app lock stays on."));
 
         authenticator.answer = AuthenticationResult::unavailable;
         appLock->click();
@@ -184,7 +186,8 @@ private slots:
         QVERIFY(scan.ok());
         SettingsPage page(vault.context);
         QSignalSpy phase(&page, &SettingsPage::phaseChanged);
-        QCOMPARE(named<QLabel>(page, "Last backup")->text(), QStringLiteral("No backup has been made on this computer yet."));
+        QCOMPARE(named<QLabel>(page, "Last backup")->text(),
+                 QStringLiteral("No backup has been made on this computer yet."));
 
         QVERIFY(!named<QLineEdit>(page, "Backup passphrase")->isVisibleTo(&page));
         QVERIFY(press(page, "Export backup…"));
@@ -194,7 +197,8 @@ private slots:
                  QStringLiteral("That passphrase is shorter than 8 characters, so choose a longer one."));
         typePassphrase(page, "Backup", "correct horse", "correct hearse");
         QVERIFY(press(page, "Save backup…"));
-        QCOMPARE(problem(page, "Backup problem"), QStringLiteral("The two passphrases differ, so type the same one in both fields."));
+        QCOMPARE(problem(page, "Backup problem"),
+                 QStringLiteral("The two passphrases differ, so type the same one in both fields."));
         QVERIFY(!QFile::exists(archive));
 
         typePassphrase(page, "Backup", "correct horse", "correct horse");
@@ -202,16 +206,19 @@ private slots:
         QVERIFY(press(page, "Save backup…"));
         QCOMPARE(problem(page, "Backup problem"), QString());
         QVERIFY(QFile::exists(archive));
-        QCOMPARE(named<QLabel>(page, "Last backup")->text(), QStringLiteral("Last backup made November 22, 2026 (today)."));
+        QCOMPARE(named<QLabel>(page, "Last backup")->text(),
+                 QStringLiteral("Last backup made November 22, 2026 (today)."));
         QVERIFY(vault.store.prefs().timestamp(Prefs::kLastBackup).has_value());
         QVERIFY(!named<QLineEdit>(page, "Backup passphrase")->isVisibleTo(&page));
         QVERIFY(named<QLineEdit>(page, "Backup passphrase")->text().isEmpty());  // no passphrase lingers
 
         // Changes after the backup, which the restore should undo.
-        QVERIFY(vault.store.change([](VaultDocument& doc) {
-            doc.people[0].specialty = "Hospital medicine";
-            doc.cme.clear();
-        }).ok());
+        QVERIFY(vault.store
+                    .change([](VaultDocument& doc) {
+                        doc.people[0].specialty = "Hospital medicine";
+                        doc.cme.clear();
+                    })
+                    .ok());
         const std::string changed = encodeVaultDocument(vault.store.doc());
 
         page.setNextFileChoice(archive);
@@ -270,7 +277,8 @@ private slots:
         QVERIFY(press(page, "Export key file…"));
         typePassphrase(page, "Key file", "two devices", "two devicez");
         QVERIFY(press(page, "Save key file…"));
-        QCOMPARE(problem(page, "Key file problem"), QStringLiteral("The two passphrases differ, so type the same one in both fields."));
+        QCOMPARE(problem(page, "Key file problem"),
+                 QStringLiteral("The two passphrases differ, so type the same one in both fields."));
         typePassphrase(page, "Key file", "two devices", "two devices");
         const std::filesystem::path keyFile = "/tmp/corvale-app-test/vault.key";
         page.setNextFileChoice(QString::fromStdString(keyFile.string()));
