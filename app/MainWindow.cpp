@@ -1,11 +1,14 @@
 #include "app/MainWindow.h"
 
 #include "app/AppContext.h"
+#include "app/CMEPage.h"
 #include "app/LockPage.h"
 #include "app/LongTask.h"
 #include "app/OnboardingPage.h"
+#include "app/ProfilePage.h"
 #include "app/Screen.h"
 #include "app/SessionWatcher.h"
+#include "app/SettingsPage.h"
 #include "app/Theme.h"
 #include "app/TodayPage.h"
 #include "requirements/Readiness.h"
@@ -33,7 +36,6 @@ static void registerResources() { Q_INIT_RESOURCE(app); }
 namespace corvale::app {
 namespace {
 
-constexpr double kDefaultIdleLockMinutes = 15;
 constexpr int kStatusMilliseconds = 5000;
 
 QString message(const VaultError& error) { return QString::fromStdString(error.message()); }
@@ -100,6 +102,14 @@ MainWindow::MainWindow(const VaultStoreSetup& setup, const Requirements& require
     m_today = new TodayPage(m_screens);
     addScreen(QStringLiteral("today"), tr("Today"), m_today);
     connect(m_today, &TodayPage::fixRequested, this, &MainWindow::openFix);
+    m_cme = new CMEPage(*m_context, m_screens);
+    addScreen(QStringLiteral("cme"), tr("CME"), m_cme);
+    m_profile = new ProfilePage(*m_context, m_screens);
+    addScreen(QStringLiteral("profile"), tr("Profile"), m_profile);
+    m_settings = new SettingsPage(*m_context, m_screens);
+    addScreen(QStringLiteral("settings"), tr("Settings"), m_settings);
+    connect(m_settings, &SettingsPage::phaseChanged, this, &MainWindow::refresh);
+    connect(m_settings, &SettingsPage::idleLockChanged, this, &MainWindow::armIdleLock);
 
     m_sidebar->setCurrentRow(0);
     connect(m_sidebar, &QListWidget::currentRowChanged, m_screens, &QStackedWidget::setCurrentIndex);
@@ -179,11 +189,13 @@ void MainWindow::refresh() {
         return;
     case VaultPhase::welcome:
         m_pages->setCurrentWidget(m_onboarding);
+        reloadScreens();  // with the document empty, no record stays on a screen
         armIdleLock();
         return;
     case VaultPhase::locked:
         m_pages->setCurrentWidget(m_lock);
         m_lock->unlockButton()->setFocus();
+        reloadScreens();
         armIdleLock();
         return;
     case VaultPhase::ready:
@@ -240,8 +252,10 @@ void MainWindow::choosePerson(int index) {
 }
 
 void MainWindow::openFix(const QString& action, const QString& recordId) {
-    Q_UNUSED(action);
-    Q_UNUSED(recordId);
+    if (action == QStringLiteral("logCME")) {
+        showScreen(QStringLiteral("cme"));
+        m_cme->logActivity(recordId);
+    }
 }
 
 void MainWindow::notify(const QString& text) {
@@ -252,9 +266,7 @@ void MainWindow::notify(const QString& text) {
 
 std::chrono::milliseconds MainWindow::idleLockDelay() const {
     if (!m_store->prefs().flag(Prefs::kAppLock)) return std::chrono::milliseconds{0};
-    double minutes = kDefaultIdleLockMinutes;
-    if (const JSONValue* chosen = m_store->prefs().value(Prefs::kIdleLockMinutes); chosen && chosen->isNumber())
-        minutes = chosen->asNumber();
+    const double minutes = m_store->prefs().idleLockMinutes();
     if (!(minutes > 0)) return std::chrono::milliseconds{0};
     return std::chrono::milliseconds{std::llround(minutes * 60'000)};
 }

@@ -26,10 +26,13 @@ struct VaultStoreSetup;
 namespace corvale::app {
 
 struct AppContext;
+class CMEPage;
 class LockPage;
 class OnboardingPage;
+class ProfilePage;
 class Screen;
 class SessionWatcher;
+class SettingsPage;
 class TodayPage;
 
 class MainWindow : public QWidget {
@@ -58,6 +61,9 @@ public:
     OnboardingPage* onboardingPage() const { return m_onboarding; }
     LockPage* lockPage() const { return m_lock; }
     TodayPage* todayPage() const { return m_today; }
+    CMEPage* cmePage() const { return m_cme; }
+    ProfilePage* profilePage() const { return m_profile; }
+    SettingsPage* settingsPage() const { return m_settings; }
     QComboBox* personSwitcher() const { return m_person; }
     SessionWatcher* sessionWatcher() const { return m_session; }
     QString statusText() const;
@@ -97,6 +103,9 @@ private:
     QTimer* m_idleTimer = nullptr;
     SessionWatcher* m_session = nullptr;
     TodayPage* m_today = nullptr;
+    CMEPage* m_cme = nullptr;
+    ProfilePage* m_profile = nullptr;
+    SettingsPage* m_settings = nullptr;
     std::vector<Screen*> m_screenList;
     std::vector<QString> m_screenNames;  // in sidebar order
     bool m_fillingSwitcher = false;

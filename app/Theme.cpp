@@ -33,6 +33,29 @@ QString cmeStyleSheet() {
     )");
 }
 
+// Profile and settings: record tables, inline panels, and the buttons that destroy.
+QString profileAndSettingsStyle() {
+    return QStringLiteral(R"(
+        QFrame#inset { background: palette(window); border: 1px solid palette(midlight); border-radius: 10px; }
+        QLabel#warning { color: #cc3326; font-weight: 600; }
+        QPushButton#danger { background: #b42318; color: white; border: none; font-weight: 600; }
+        QPushButton#danger:focus { border: 2px solid palette(text); }
+        QPushButton#destructive { color: #cc3326; }
+        QPlainTextEdit { padding: 4px 6px; border-radius: 6px; border: 1px solid palette(mid); background: palette(base); }
+        QPlainTextEdit:focus { border: 2px solid #2b6f97; }
+        QLineEdit#secret[readOnly="true"] { background: palette(window); letter-spacing: 2px; }
+        QTableView#recordTable { border: 1px solid palette(midlight); border-radius: 8px; background: palette(base);
+                                 alternate-background-color: palette(alternate-base);
+                                 selection-background-color: #2b6f97; selection-color: white; outline: 0; }
+        QTableView#recordTable::item { padding-left: 8px; padding-right: 8px; border: none; }
+        QTableView#recordTable QHeaderView { background: transparent; }
+        QTableView#recordTable QHeaderView::section { background: transparent; color: #6b7785; border: none;
+                                 border-bottom: 1px solid palette(midlight); padding: 6px 10px; font-weight: 600; }
+        QListView#requiredItems { border: 1px solid palette(midlight); border-radius: 8px; background: palette(base);
+                                  padding: 4px; }
+    )");
+}
+
 }  // namespace
 
 QString appStyleSheet() {
@@ -59,7 +82,7 @@ QString appStyleSheet() {
         QComboBox { padding-right: 26px; }
         QComboBox::drop-down { border: none; width: 24px; subcontrol-position: center right; }
         QComboBox::down-arrow { image: url(:/icons/chevron-down.png); width: 16px; height: 16px; }
-    )") + cmeStyleSheet();
+    )") + cmeStyleSheet() + profileAndSettingsStyle();
 }
 
 QColor goodColor() { return QColor(0x1f, 0x8a, 0x5b); }

@@ -1,5 +1,7 @@
 #include "vault/Prefs.h"
 
+#include <algorithm>
+
 #include "platform/Paths.h"
 #include "records/JSONReader.h"
 #include "records/JSONWriter.h"
@@ -32,6 +34,15 @@ std::optional<Timestamp> Prefs::timestamp(std::string_view key) const {
 const JSONValue* Prefs::value(std::string_view key) const {
     const auto it = m_values.find(key);
     return it == m_values.end() ? nullptr : &it->second;
+}
+
+double Prefs::idleLockMinutes() const {
+    const JSONValue* found = value(kIdleLockMinutes);
+    if (!found || !found->isNumber()) return kDefaultIdleLockMinutes;
+    // A hand-edited file may hold anything; a day is the most that still means something.
+    const double minutes = found->asNumber();
+    if (!(minutes > 0)) return 0;
+    return std::min(minutes, 24.0 * 60);
 }
 
 Result<void, VaultError> Prefs::setFlag(std::string_view key, bool value) { return set(key, value); }

@@ -20,7 +20,9 @@ public:
     static constexpr std::string_view kAppLock = "appLock";
     static constexpr std::string_view kLastBackup = "lastBackup";
     static constexpr std::string_view kMigrated = "migratedFromQuillmarsh";
+    // Minutes without input before an app-locked vault locks itself; 0 never.
     static constexpr std::string_view kIdleLockMinutes = "idleLockMinutes";
+    static constexpr int kDefaultIdleLockMinutes = 15;
 
     Prefs(FileSystem& files, std::filesystem::path file);
     static std::filesystem::path defaultFile();  // <configuration>/Corvale/prefs.json
@@ -31,6 +33,8 @@ public:
     bool flag(std::string_view key) const;
     std::optional<Timestamp> timestamp(std::string_view key) const;
     const JSONValue* value(std::string_view key) const;
+    // kDefaultIdleLockMinutes until the user picks; 0 means never.
+    double idleLockMinutes() const;
 
     Result<void, VaultError> setFlag(std::string_view key, bool value);
     Result<void, VaultError> setTimestamp(std::string_view key, const Timestamp& value);

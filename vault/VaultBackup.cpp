@@ -2,11 +2,16 @@
 // sealed blobs exactly as they lie on disk, so nothing is decrypted to make it.
 #include "documents/ZipReader.h"
 #include "documents/ZipWriter.h"
+#include "platform/Crypto.h"
 #include "vault/KeyFile.h"
+#include "vault/Sealer.h"
 #include "vault/VaultStore.h"
 
 #include <future>
+#include <optional>
 #include <set>
+#include <string_view>
+#include <vector>
 
 namespace corvale {
 
@@ -18,6 +23,44 @@ constexpr std::string_view kBackupFolder = "PembrosePreview";
 Failure<VaultError> archiveFailure(const ArchiveError& error) { return fail(VaultError::archive(error.message())); }
 
 std::string backupFileName(const Day& today) { return "Corvale Backup " + today.toString() + ".pbbackup"; }
+
+Failure<VaultError> damagedBackup() { return archiveFailure(ArchiveError::make(ArchiveError::Code::damaged)); }
+
+// What every reading of a backup starts from: its directory, where the parts
+// that matter lie in it, and the vault key its passphrase opens.
+struct OpenedBackup {
+    ZipFileReader reader;
+    std::size_t document = 0;        // index into reader.entries()
+    std::vector<std::size_t> blobs;  // likewise, only entries named like a blob
+    SecureBytes key;
+};
+
+Result<OpenedBackup, VaultError> openBackup(const std::filesystem::path& archive, std::string_view passphrase) {
+    auto reader = ZipFileReader::open(archive);
+    if (!reader) return archiveFailure(reader.error());
+    std::optional<std::size_t> keyEntry;
+    std::optional<std::size_t> documentEntry;
+    std::vector<std::size_t> blobs;
+    const auto& entries = reader->entries();
+    for (std::size_t index = 0; index < entries.size(); ++index) {
+        const std::string& name = entries[index].name;
+        if (name == VaultStore::kKeyFileName) keyEntry = index;
+        if (name == VaultFiles::kDocumentFileName) documentEntry = index;
+        // Only names a blob can have: nothing in an archive may choose where it lands.
+        if (name.starts_with(kBlobsPrefix) &&
+            VaultFiles::isBlobFileName(std::string_view(name).substr(kBlobsPrefix.size())))
+            blobs.push_back(index);
+    }
+    if (!keyEntry || !documentEntry) return fail(VaultError::badFormat());
+
+    auto keyText = reader->read(entries[*keyEntry]);
+    if (!keyText) return fail(VaultError::badFormat());
+    auto keyFile = KeyFile::parse(asText(*keyText));
+    if (!keyFile) return fail(keyFile.error());
+    auto key = keyFile->open(passphrase);
+    if (!key) return fail(key.error());
+    return OpenedBackup{std::move(reader).value(), *documentEntry, std::move(blobs), std::move(key).value()};
+}
 
 }  // namespace
 
@@ -81,51 +124,64 @@ Result<void, VaultError> VaultStore::restoreBackup(const std::filesystem::path& 
     if (auto started = start(); !started) return started;
     if (m_phase == VaultPhase::ready || m_phase == VaultPhase::locked) return fail(VaultError::vaultExists());
 
-    auto reader = ZipFileReader::open(archive);
-    if (!reader) return archiveFailure(reader.error());
-    const ZipEntry* keyEntry = nullptr;
-    const ZipEntry* documentEntry = nullptr;
-    std::vector<const ZipEntry*> blobs;
-    for (const auto& entry : reader->entries()) {
-        if (entry.name == kKeyFileName) keyEntry = &entry;
-        if (entry.name == VaultFiles::kDocumentFileName) documentEntry = &entry;
-        if (entry.name.starts_with(kBlobsPrefix)) {
-            // Only names a blob can have: nothing in an archive may choose where it lands.
-            if (VaultFiles::isBlobFileName(std::string_view(entry.name).substr(kBlobsPrefix.size())))
-                blobs.push_back(&entry);
-        }
-    }
-    if (!keyEntry || !documentEntry) return fail(VaultError::badFormat());
-
-    auto keyText = reader->read(*keyEntry);
-    if (!keyText) return fail(VaultError::badFormat());
-    auto keyFile = KeyFile::parse(asText(*keyText));
-    if (!keyFile) return fail(keyFile.error());
-    auto key = keyFile->open(passphrase);
-    if (!key) return fail(key.error());  // a wrong passphrase stops here, before anything is written
-    auto sealed = reader->read(*documentEntry);
+    auto backup = openBackup(archive, passphrase);
+    if (!backup) return fail(backup.error());  // a wrong passphrase stops here, before anything is written
+    const ZipFileReader& reader = backup->reader;
+    const auto& entries = reader.entries();
+    auto sealed = reader.read(entries[backup->document]);
     if (!sealed) return archiveFailure(sealed.error());
-    return install(std::move(key).value(), *sealed, [&](const std::filesystem::path& folder) -> Result<void, VaultError> {
+    return install(std::move(backup->key), *sealed, [&](const std::filesystem::path& folder) -> Result<void, VaultError> {
         if (m_setup.files.isNative()) {
             // Straight from the archive to disk, one chunk in memory; the
             // folder is flushed once, before the document makes the vault real.
-            for (const ZipEntry* entry : blobs) {
-                const auto name = entry->name.substr(kBlobsPrefix.size());
-                if (auto copied = reader->copyTo(*entry, folder / name, ZipFileReader::FolderFlush::deferred); !copied)
+            for (const std::size_t index : backup->blobs) {
+                const ZipEntry& entry = entries[index];
+                const auto name = entry.name.substr(kBlobsPrefix.size());
+                if (auto copied = reader.copyTo(entry, folder / name, ZipFileReader::FolderFlush::deferred); !copied)
                     return archiveFailure(copied.error());
             }
             ZipFileReader::flushFolder(folder);
             return {};
         }
-        for (const ZipEntry* entry : blobs) {
-            auto blob = reader->read(*entry);
+        for (const std::size_t index : backup->blobs) {
+            const ZipEntry& entry = entries[index];
+            auto blob = reader.read(entry);
             if (!blob) return archiveFailure(blob.error());
-            const auto name = entry->name.substr(kBlobsPrefix.size());
+            const auto name = entry.name.substr(kBlobsPrefix.size());
             if (auto written = m_setup.files.replaceFileAtomically(folder / name, *blob); !written)
                 return fail(VaultError::storage(written.error()));
         }
         return {};
     });
+}
+
+Result<void, VaultError> VaultStore::checkBackup(const std::filesystem::path& archive,
+                                                 std::string_view passphrase) const {
+    auto backup = openBackup(archive, passphrase);
+    if (!backup) return fail(backup.error());
+    const ZipFileReader& reader = backup->reader;
+    const auto& entries = reader.entries();
+    auto sealed = reader.read(entries[backup->document]);
+    if (!sealed) return archiveFailure(sealed.error());
+    // Checksums only catch accidents; the key proves each part is what this backup sealed.
+    {
+        auto plain = Sealer::open(*sealed, backup->key.view());
+        if (!plain) return damagedBackup();
+        if (!decodeVaultDocument(std::move(*plain))) return damagedBackup();
+    }
+    for (const std::size_t index : backup->blobs) {
+        const ZipEntry& entry = entries[index];
+        auto blob = reader.read(entry);
+        if (!blob) return archiveFailure(blob.error());
+        auto plain = Sealer::open(*blob, backup->key.view());
+        if (!plain) return damagedBackup();
+        const std::string_view name = std::string_view(entry.name).substr(kBlobsPrefix.size());
+        // A blob under another's name would restore as the wrong document.
+        const bool named = name.starts_with(crypto::hexLower(crypto::sha256(*plain)));
+        secureWipe(plain->data(), plain->size());
+        if (!named) return damagedBackup();
+    }
+    return {};
 }
 
 }  // namespace corvale

@@ -125,6 +125,10 @@ public:
                                                            std::optional<std::filesystem::path> destination = {});
     // From welcome (or after erase): a wrong passphrase stops before anything is written.
     Result<void, VaultError> restoreBackup(const std::filesystem::path& archive, std::string_view passphrase);
+    // Whether restoreBackup would succeed as far as the archive goes: the
+    // passphrase opens its key, and the document and every blob open under it.
+    // Reads only, so it can vet a backup before an open vault is erased for it.
+    Result<void, VaultError> checkBackup(const std::filesystem::path& archive, std::string_view passphrase) const;
 
     // Back to the first-run state: vault file, blobs, plain copies and key gone.
     Result<void, VaultError> erase();

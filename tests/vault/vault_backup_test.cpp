@@ -10,6 +10,7 @@
 #include <algorithm>
 #include <fstream>
 #include <iterator>
+#include <map>
 
 namespace corvale {
 namespace {
@@ -178,6 +179,75 @@ TEST(VaultBackup, AnArchiveThatIsNotABackupChangesNothing) {
     }
     EXPECT_EQ(store.restoreBackup(foreign, "x").error().message(), "This file isn't a Corvale vault.");
     EXPECT_EQ(device.secrets.itemCount(), 0u);
+}
+
+Bytes rebuilt(std::map<std::string, Bytes> entries) {
+    ZipWriter writer;
+    for (const auto& [name, bytes] : entries) writer.add(name, bytes);
+    return writer.finish();
+}
+
+void writeFile(const fs::path& path, const Bytes& bytes) {
+    std::ofstream(path, std::ios::binary | std::ios::trunc)
+        .write(reinterpret_cast<const char*>(bytes.data()), static_cast<std::streamsize>(bytes.size()));
+}
+
+TEST(VaultBackup, CheckingABackupProvesEveryPartWithoutTouchingTheOpenVault) {
+    DiskDevice office;
+    VaultStore store(office.setup());
+    ASSERT_TRUE(store.create(anaRuiz()));
+    const auto scan = store.addDocument(asBytes("licence scan"), DocumentRecord{});
+    const auto cv = store.addDocument(asBytes("curriculum vitae"), DocumentRecord{});
+    ASSERT_TRUE(scan && cv);
+    ASSERT_TRUE(store.flush());
+    const auto archive = store.exportBackup("pass phrase");
+    ASSERT_TRUE(archive) << archive.error().message();
+    const Bytes vaultBefore = fileBytes(store.vaultDirectory() / "vault.pbv");
+
+    EXPECT_TRUE(store.checkBackup(*archive, "pass phrase"));
+    const auto wrong = store.checkBackup(*archive, "pass phrases");
+    ASSERT_FALSE(wrong);
+    EXPECT_EQ(wrong.error().code, VaultError::Code::wrongPassphrase);
+
+    // Damage that checksums cannot see, because the archive was rebuilt around it.
+    const auto entries = ZipReader::entries(fileBytes(*archive));
+    const std::string scanName = "blobs/" + scan->blobHash + ".pbb";
+    const std::string cvName = "blobs/" + cv->blobHash + ".pbb";
+    const std::string damaged = "This backup is damaged, so restore from another copy of it.";
+    const auto expectDamaged = [&](const std::string& what, std::map<std::string, Bytes> altered) {
+        const fs::path path = office.home / (what + ".pbbackup");
+        writeFile(path, rebuilt(std::move(altered)));
+        const auto checked = store.checkBackup(path, "pass phrase");
+        ASSERT_FALSE(checked) << what;
+        EXPECT_EQ(checked.error().message(), damaged) << what;
+    };
+    {
+        auto altered = entries;
+        altered[scanName][40] ^= 0x01;
+        expectDamaged("flipped-blob", std::move(altered));
+    }
+    {
+        auto altered = entries;
+        std::swap(altered[scanName], altered[cvName]);
+        expectDamaged("swapped-blobs", std::move(altered));
+    }
+    {
+        auto altered = entries;
+        altered["vault.pbv"] = altered[scanName];  // sealed under the right key, but no document
+        expectDamaged("not-a-document", std::move(altered));
+    }
+    {
+        auto altered = entries;
+        altered.erase("vault.key");
+        const fs::path path = office.home / "keyless.pbbackup";
+        writeFile(path, rebuilt(std::move(altered)));
+        EXPECT_EQ(store.checkBackup(path, "pass phrase").error().code, VaultError::Code::badFormat);
+    }
+
+    EXPECT_EQ(store.phase(), VaultPhase::ready);
+    EXPECT_EQ(fileBytes(store.vaultDirectory() / "vault.pbv"), vaultBefore);
+    EXPECT_EQ(office.secrets.itemCount(), 1u);
+    EXPECT_EQ(store.doc().documents.size(), 2u);
 }
 
 }  // namespace

@@ -1,0 +1,371 @@
+#include "AppTestSupport.h"
+#include "app/SettingsPage.h"
+#include "app/Theme.h"
+
+#include <QCheckBox>
+#include <QFile>
+#include <QLabel>
+#include <QScrollArea>
+#include <QScrollBar>
+#include <QSignalSpy>
+#include <QTemporaryDir>
+#include <QTest>
+#include <QVBoxLayout>
+
+namespace corvale::app {
+
+using namespace std::chrono_literals;
+using testing::named;
+using testing::OpenVault;
+
+namespace {
+
+QLineEdit* field(QWidget& page, const QString& name) {
+    auto* found = named<QLineEdit>(page, name);
+    if (!found) qFatal("no field %s", qPrintable(name));
+    return found;
+}
+
+QComboBox* list(QWidget& page, const QString& name) {
+    auto* found = named<QComboBox>(page, name);
+    if (!found) qFatal("no list %s", qPrintable(name));
+    return found;
+}
+
+QString problem(QWidget& page, const QString& name) {
+    auto* label = named<QLabel>(page, name);
+    if (!label) qFatal("no label %s", qPrintable(name));
+    return label->isVisibleTo(&page) ? label->text() : QString();
+}
+
+bool canPress(QWidget& page, const QString& name) {
+    QAbstractButton* found = testing::button(page, name);
+    return found && found->isVisibleTo(&page) && found->isEnabled();
+}
+
+// Presses a button the user can see and use; fails the test otherwise.
+bool press(QWidget& page, const QString& name) {
+    if (!canPress(page, name)) return false;
+    testing::button(page, name)->click();
+    return true;
+}
+
+void typePassphrase(QWidget& page, const QString& subject, const QString& first, const QString& second) {
+    field(page, subject + " passphrase")->setText(first);
+    field(page, "Repeat " + subject.toLower() + " passphrase")->setText(second);
+}
+
+std::optional<std::string> specialty(VaultStore& store) { return store.doc().people.at(0).specialty; }
+
+void copyFile(FileSystem& from, const std::filesystem::path& source, FileSystem& to,
+              const std::filesystem::path& destination) {
+    auto bytes = from.readFile(source);
+    QVERIFY(bytes.ok());
+    QVERIFY(to.createDirectories(destination.parent_path()).ok());
+    QVERIFY(to.replaceFileAtomically(destination, *bytes).ok());
+}
+
+}  // namespace
+
+class SettingsPageTest : public QObject {
+    Q_OBJECT
+
+private slots:
+    void reminderDaysAreTidiedAndNonsenseIsTurnedAway() {
+        OpenVault vault;
+        testing::fillSampleVault(vault.store);
+        SettingsPage page(vault.context);
+        QSignalSpy changed(&page, &Screen::recordsChanged);
+        QLineEdit* days = field(page, "Reminder days");
+        QCOMPARE(days->text(), QStringLiteral("90, 30, 7"));
+        QCOMPARE(list(page, "Primary state")->currentData().toString(), QStringLiteral("TX"));
+        QCOMPARE(list(page, "Profession")->currentData().toString(), QStringLiteral("md"));
+        QVERIFY(!canPress(page, "Save reminders"));
+
+        const std::string before = encodeVaultDocument(vault.store.doc());
+        const std::pair<const char*, const char*> rejected[] = {
+            {"30, soon", "“soon” isn't a whole number of days, so use numbers like 90, 30, 7."},
+            {"30, 2.5", "“2.5” isn't a whole number of days, so use numbers like 90, 30, 7."},
+            {"0", "0 isn't from 1 to 365 days, so pick a lead time within a year."},
+            {"400, 30", "400 isn't from 1 to 365 days, so pick a lead time within a year."},
+            {" , ", "There are no reminder days, so enter at least one, like 90, 30, 7."},
+        };
+        for (const auto& [typed, message] : rejected) {
+            days->setText(typed);
+            QVERIFY(press(page, "Save reminders"));
+            QCOMPARE(problem(page, "Reminders problem"), QString::fromUtf8(message));
+        }
+        QCOMPARE(encodeVaultDocument(vault.store.doc()), before);
+        QCOMPARE(changed.count(), 0);
+
+        vault.device.clock.advance(24h);
+        days->setText("7, 30 ,90 30;14");
+        QComboBox* profession = list(page, "Profession");
+        QVERIFY(profession->findText("LPN/LVN") >= 0);
+        QCOMPARE(profession->itemData(profession->findText("LPN/LVN")).toString(), QStringLiteral("lpn"));
+        profession->setCurrentIndex(profession->findData("np"));
+        list(page, "Primary state")->setCurrentIndex(list(page, "Primary state")->findData("CA"));
+        QVERIFY(press(page, "Save reminders"));
+        const VaultSettings& settings = vault.store.doc().settings;
+        QCOMPARE(settings.reminderDays, (std::vector<int>{90, 30, 14, 7}));
+        QCOMPARE(settings.profession, std::optional<std::string>("np"));
+        QCOMPARE(settings.primaryState, std::optional<std::string>("CA"));
+        QCOMPARE(settings.updatedAt, Timestamp::now(vault.device.clock));
+        QCOMPARE(days->text(), QStringLiteral("90, 30, 14, 7"));
+        QCOMPARE(problem(page, "Reminders problem"), QString());
+        QVERIFY(!canPress(page, "Save reminders"));
+        QCOMPARE(changed.count(), 1);
+
+        // "None" clears the state rather than storing a blank one.
+        list(page, "Primary state")->setCurrentIndex(0);
+        QVERIFY(press(page, "Save reminders"));
+        QCOMPARE(vault.store.doc().settings.primaryState, std::nullopt);
+    }
+
+    void appLockAsksTheOwnerAndARefusalLeavesItAsItWas() {
+        OpenVault vault;
+        testing::fillSampleVault(vault.store);
+        SettingsPage page(vault.context);
+        QSignalSpy idle(&page, &SettingsPage::idleLockChanged);
+        auto& authenticator = vault.device.authenticator;
+        auto* appLock = named<QCheckBox>(page, "App lock");
+        QComboBox* minutes = list(page, "Lock after idle");
+        QVERIFY(!appLock->isChecked());
+        QVERIFY(!minutes->isEnabled());
+        QCOMPARE(minutes->currentData().toInt(), 15);
+
+        authenticator.answer = AuthenticationResult::failed;
+        appLock->click();
+        QCOMPARE(authenticator.reasons.back(), std::string("Turn on app lock"));
+        QVERIFY(!appLock->isChecked());
+        QVERIFY(!vault.store.prefs().flag(Prefs::kAppLock));
+        QCOMPARE(problem(page, "Privacy problem"),
+                 QStringLiteral("Your password wasn't confirmed, so app lock stays off."));
+        QCOMPARE(idle.count(), 0);
+
+        authenticator.answer = AuthenticationResult::passed;
+        appLock->click();
+        QVERIFY(appLock->isChecked());
+        QVERIFY(vault.store.prefs().flag(Prefs::kAppLock));
+        QVERIFY(minutes->isEnabled());
+        QCOMPARE(problem(page, "Privacy problem"), QString());
+        QCOMPARE(idle.count(), 1);
+
+        minutes->setCurrentIndex(minutes->findData(5));
+        QCOMPARE(vault.store.prefs().value(Prefs::kIdleLockMinutes)->asNumber(), 5.0);
+        QCOMPARE(idle.count(), 2);
+        minutes->setCurrentIndex(minutes->findText("Never"));
+        QCOMPARE(vault.store.prefs().idleLockMinutes(), 0.0);
+        QCOMPARE(idle.count(), 3);
+        page.reload();
+        QCOMPARE(minutes->currentText(), QStringLiteral("Never"));
+        QCOMPARE(idle.count(), 3);  // showing the saved value is no change
+
+        authenticator.answer = AuthenticationResult::failed;
+        appLock->click();
+        QCOMPARE(authenticator.reasons.back(), std::string("Turn off app lock"));
+        QVERIFY(appLock->isChecked());
+        QVERIFY(vault.store.prefs().flag(Prefs::kAppLock));
+        QCOMPARE(problem(page, "Privacy problem"),
+                 QStringLiteral("Your password wasn't confirmed, so app lock stays on."));
+
+        authenticator.answer = AuthenticationResult::unavailable;
+        appLock->click();
+        QVERIFY(!vault.store.prefs().flag(Prefs::kAppLock));
+        QVERIFY(!minutes->isEnabled());
+        QCOMPARE(idle.count(), 4);
+    }
+
+    void aBackupRestoresTheVaultAsItWasAndABadOneChangesNothing() {
+        QTemporaryDir disk;  // archives are files a person carries off this computer
+        QVERIFY(disk.isValid());
+        const QString archive = disk.filePath("backup.pbbackup");
+        OpenVault vault;
+        testing::fillSampleVault(vault.store);
+        const auto scan = vault.store.addDocument(asBytes("licence scan"), DocumentRecord{});
+        QVERIFY(scan.ok());
+        SettingsPage page(vault.context);
+        QSignalSpy phase(&page, &SettingsPage::phaseChanged);
+        QCOMPARE(named<QLabel>(page, "Last backup")->text(),
+                 QStringLiteral("No backup has been made on this computer yet."));
+
+        QVERIFY(!named<QLineEdit>(page, "Backup passphrase")->isVisibleTo(&page));
+        QVERIFY(press(page, "Export backup…"));
+        typePassphrase(page, "Backup", "short", "short");
+        QVERIFY(press(page, "Save backup…"));
+        QCOMPARE(problem(page, "Backup problem"),
+                 QStringLiteral("That passphrase is shorter than 8 characters, so choose a longer one."));
+        typePassphrase(page, "Backup", "correct horse", "correct hearse");
+        QVERIFY(press(page, "Save backup…"));
+        QCOMPARE(problem(page, "Backup problem"),
+                 QStringLiteral("The two passphrases differ, so type the same one in both fields."));
+        QVERIFY(!QFile::exists(archive));
+
+        typePassphrase(page, "Backup", "correct horse", "correct horse");
+        page.setNextFileChoice(archive);
+        QVERIFY(press(page, "Save backup…"));
+        QCOMPARE(problem(page, "Backup problem"), QString());
+        QVERIFY(QFile::exists(archive));
+        QCOMPARE(named<QLabel>(page, "Last backup")->text(),
+                 QStringLiteral("Last backup made November 22, 2026 (today)."));
+        QVERIFY(vault.store.prefs().timestamp(Prefs::kLastBackup).has_value());
+        QVERIFY(!named<QLineEdit>(page, "Backup passphrase")->isVisibleTo(&page));
+        QVERIFY(named<QLineEdit>(page, "Backup passphrase")->text().isEmpty());  // no passphrase lingers
+
+        // Changes after the backup, which the restore should undo.
+        QVERIFY(vault.store
+                    .change([](VaultDocument& doc) {
+                        doc.people[0].specialty = "Hospital medicine";
+                        doc.cme.clear();
+                    })
+                    .ok());
+        const std::string changed = encodeVaultDocument(vault.store.doc());
+
+        page.setNextFileChoice(archive);
+        QVERIFY(press(page, "Restore from backup…"));
+        field(page, "Restore passphrase")->setText("correct hearse");
+        QVERIFY(press(page, "Check backup"));
+        QCOMPARE(problem(page, "Restore problem"), QStringLiteral("That passphrase doesn't unlock this vault."));
+        QVERIFY(!canPress(page, "Replace with backup"));
+
+        const QString notABackup = disk.filePath("holiday.pbbackup");
+        {
+            QFile file(notABackup);
+            QVERIFY(file.open(QIODevice::WriteOnly));
+            file.write("PK but not really an archive");
+        }
+        page.setNextFileChoice(notABackup);
+        QVERIFY(press(page, "Restore from backup…"));
+        field(page, "Restore passphrase")->setText("correct horse");
+        QVERIFY(press(page, "Check backup"));
+        QCOMPARE(problem(page, "Restore problem"), QStringLiteral("This file isn't a Corvale vault."));
+        QVERIFY(!canPress(page, "Replace with backup"));
+        QCOMPARE(vault.store.phase(), VaultPhase::ready);
+        QCOMPARE(encodeVaultDocument(vault.store.doc()), changed);
+        QCOMPARE(phase.count(), 0);
+
+        page.setNextFileChoice(archive);
+        QVERIFY(press(page, "Restore from backup…"));
+        field(page, "Restore passphrase")->setText("correct horse");
+        QVERIFY(press(page, "Check backup"));
+        QCOMPARE(problem(page, "Restore problem"), QString());
+        QVERIFY(canPress(page, "Replace with backup"));
+        // The confirmation stands for the passphrase checked, not one typed since.
+        field(page, "Restore passphrase")->setText("correct horsey");
+        QVERIFY(!canPress(page, "Replace with backup"));
+        field(page, "Restore passphrase")->setText("correct horse");
+        QVERIFY(press(page, "Check backup"));
+        QCOMPARE(encodeVaultDocument(vault.store.doc()), changed);  // nothing happens before the confirmation
+        QVERIFY(press(page, "Replace with backup"));
+
+        QCOMPARE(phase.count(), 1);
+        QCOMPARE(vault.store.phase(), VaultPhase::ready);
+        QCOMPARE(specialty(vault.store), std::optional<std::string>("Internal medicine"));
+        QCOMPARE(vault.store.doc().cme.size(), std::size_t{5});
+        QVERIFY(vault.device.files.exists(vault.store.vaultDirectory() / "blobs" / (scan->blobHash + ".pbb")));
+        QVERIFY(!canPress(page, "Replace with backup"));
+    }
+
+    void aKeyFileLetsAnotherDeviceJoinTheVault() {
+        OpenVault vault;
+        testing::fillSampleVault(vault.store);
+        const auto scan = vault.store.addDocument(asBytes("DEA certificate"), DocumentRecord{});
+        QVERIFY(scan.ok());
+        SettingsPage page(vault.context);
+        QVERIFY(named<QLabel>(page, "Vault folder")->text().contains("/support/Corvale/Vault"));
+
+        QVERIFY(press(page, "Export key file…"));
+        typePassphrase(page, "Key file", "two devices", "two devicez");
+        QVERIFY(press(page, "Save key file…"));
+        QCOMPARE(problem(page, "Key file problem"),
+                 QStringLiteral("The two passphrases differ, so type the same one in both fields."));
+        typePassphrase(page, "Key file", "two devices", "two devices");
+        const std::filesystem::path keyFile = "/tmp/corvale-app-test/vault.key";
+        page.setNextFileChoice(QString::fromStdString(keyFile.string()));
+        QVERIFY(press(page, "Save key file…"));
+        QCOMPARE(problem(page, "Key file problem"), QString());
+        QVERIFY(vault.device.files.exists(keyFile));
+        QVERIFY(vault.store.flush().ok());
+
+        // What the user carries across: the key file and the vault folder.
+        testing::Device laptop;
+        const std::filesystem::path carried = "/carried";
+        const auto folder = vault.store.vaultDirectory();
+        copyFile(vault.device.files, keyFile, laptop.files, carried / "vault.key");
+        copyFile(vault.device.files, folder / "vault.pbv", laptop.files, carried / "vault.pbv");
+        for (const auto& name : vault.device.files.list(folder / "blobs"))
+            copyFile(vault.device.files, folder / "blobs" / name, laptop.files, carried / "blobs" / name);
+
+        VaultStore joined(laptop.setup());
+        const auto wrong = joined.join(carried, "two devicez");
+        QVERIFY(!wrong.ok());
+        QCOMPARE(wrong.error().code, VaultError::Code::wrongPassphrase);
+        QCOMPARE(joined.phase(), VaultPhase::welcome);
+        QVERIFY(joined.join(carried, "two devices").ok());
+        QCOMPARE(joined.phase(), VaultPhase::ready);
+        QCOMPARE(encodeVaultDocument(joined.doc()), encodeVaultDocument(vault.store.doc()));
+        QVERIFY(laptop.files.exists(joined.vaultDirectory() / "blobs" / (scan->blobHash + ".pbb")));
+    }
+
+    void erasingAsksOnceMoreThenLeavesADeviceWithoutAVault() {
+        OpenVault vault;
+        testing::fillSampleVault(vault.store);
+        SettingsPage page(vault.context);
+        QSignalSpy phase(&page, &SettingsPage::phaseChanged);
+        const auto document = vault.store.vaultDirectory() / "vault.pbv";
+
+        QVERIFY(!canPress(page, "Erase now"));
+        QVERIFY(press(page, "Erase this device…"));
+        QVERIFY(!problem(page, "Erase warning").isEmpty());
+        QVERIFY(press(page, "Keep my vault"));
+        QVERIFY(!canPress(page, "Erase now"));
+        QCOMPARE(vault.store.phase(), VaultPhase::ready);
+        QVERIFY(vault.device.files.exists(document));
+
+        QVERIFY(press(page, "Erase this device…"));
+        QVERIFY(press(page, "Erase now"));
+        QCOMPARE(phase.count(), 1);
+        QCOMPARE(vault.store.phase(), VaultPhase::welcome);
+        QVERIFY(vault.store.doc().people.empty());
+        QVERIFY(!vault.device.files.exists(document));
+        QCOMPARE(vault.device.secrets.itemCount(), std::size_t{0});
+    }
+
+    void screenshotOfTheSampleSettings() {
+        OpenVault vault;
+        testing::fillSampleVault(vault.store);
+        QWidget window;
+        window.setObjectName(QStringLiteral("appWindow"));
+        window.setAttribute(Qt::WA_StyledBackground, true);
+        window.setStyleSheet(appStyleSheet());
+        auto* layout = new QVBoxLayout(&window);
+        layout->setContentsMargins(0, 0, 0, 0);
+        auto* page = new SettingsPage(vault.context, &window);
+        layout->addWidget(page);
+        window.show();
+        window.resize(1280, 800);
+        QTest::qWait(20);  // let the layouts settle at the final size before the picture
+        testing::screenshot(window, QStringLiteral("settings"));
+
+        // The inline steps, one open at a time, as the user meets them further down the page.
+        auto* scroll = page->findChild<QScrollArea*>();
+        const auto scrollTo = [&](const QString& name) {
+            QTest::qWait(20);
+            scroll->ensureWidgetVisible(testing::button(*page, name), 0, 40);
+            QTest::qWait(20);
+        };
+        QVERIFY(press(*page, "Export backup…"));
+        typePassphrase(*page, "Backup", "correct horse", "correct");
+        QVERIFY(press(*page, "Save backup…"));
+        scrollTo("Save backup…");
+        testing::screenshot(window, QStringLiteral("settings-backup"));
+        QVERIFY(press(*page, "Erase this device…"));
+        scrollTo("Erase now");
+        testing::screenshot(window, QStringLiteral("settings-erase"));
+    }
+};
+
+}  // namespace corvale::app
+
+QTEST_MAIN(corvale::app::SettingsPageTest)
+#include "SettingsPageTest.moc"
