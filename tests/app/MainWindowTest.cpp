@@ -1,4 +1,6 @@
 #include "AppTestSupport.h"
+#include "app/ActivityEditor.h"
+#include "app/CMEPage.h"
 #include "app/LockPage.h"
 #include "app/MainWindow.h"
 #include "app/OnboardingPage.h"
@@ -349,6 +351,37 @@ private slots:
         QVERIFY(bus.send(signal));
         QTRY_COMPARE_WITH_TIMEOUT(window.pageName(), QStringLiteral("lock"), 3000);
         QDBusConnection::disconnectFromBus(QStringLiteral("screen-saver"));
+    }
+
+    void everyScreenIsReachableAndTodaysFixesOpenWhereTheyAreMended() {
+        Device device;
+        MainWindow window(device.setup(), rules());
+        testing::fillSampleOffice(window.store());
+        window.show();
+        window.start();
+        QCOMPARE(window.pageName(), QStringLiteral("today"));
+        screenshot(window, "window-today");
+
+        // Every screen by keyboard, in sidebar order, each photographed in the whole window.
+        const QStringList names{QStringLiteral("today"), QStringLiteral("cme"), QStringLiteral("profile"),
+                                QStringLiteral("settings")};
+        for (int row = 0; row < names.size(); ++row) {
+            QTest::keyClick(&window, static_cast<Qt::Key>(Qt::Key_1 + row), Qt::ControlModifier);
+            QCOMPARE(window.pageName(), names[row]);
+            if (row > 0) screenshot(window, qPrintable(QStringLiteral("window-") + names[row]));
+        }
+
+        // Today's "Log CME" opens the CME screen with an activity started for that licence.
+        QTest::keyClick(&window, Qt::Key_1, Qt::ControlModifier);
+        QAbstractButton* logCME = nullptr;
+        for (auto* candidate : window.todayPage()->findChildren<QAbstractButton*>())
+            if (candidate->accessibleName().startsWith(QStringLiteral("Log CME: "))) logCME = candidate;
+        QVERIFY(logCME);
+        QTest::mouseClick(logCME, Qt::LeftButton);
+        QCOMPARE(window.pageName(), QStringLiteral("cme"));
+        QVERIFY(window.cmePage()->editor()->isVisible());
+        // Every gap in the sample office leaves a topic open, and those come ticked.
+        QVERIFY(!window.cmePage()->editor()->tickedTopics().isEmpty());
     }
 };
 
