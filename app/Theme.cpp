@@ -22,6 +22,42 @@ QString appStyleSheet() {
         QPushButton#primary:disabled { background: palette(mid); }
         QLineEdit, QComboBox { padding: 5px 8px; border-radius: 6px; border: 1px solid palette(mid); background: palette(base); }
         QLineEdit:focus, QComboBox:focus { border: 2px solid #2b6f97; }
+
+        /* ---- Licenses: the credential list, its editor panel and the undo bar ---- */
+        QTreeView#credentialList { background: palette(base); border: none; outline: 0; }
+        QTreeView#credentialList::item { padding: 7px 4px; border: none; }
+        QTreeView#credentialList::item:selected { background: #2b6f97; color: white; }
+        QTreeView#credentialList QHeaderView::section { background: palette(base); color: #6b7785; border: none;
+                                                         border-bottom: 1px solid palette(midlight); padding: 6px 4px;
+                                                         font-weight: 600; }
+        QFrame#editorPanel { background: palette(base); border: 1px solid palette(midlight); border-radius: 12px; }
+        QScrollArea#editorScroll, QWidget#editorContent { background: palette(base); border: none; }
+        QLabel#editorTitle, QLabel#emptyTitle { color: palette(text); }
+        QListView#checklist, QListView#documentList, QFrame#editorPanel QPlainTextEdit {
+            border: 1px solid palette(mid); border-radius: 6px; background: palette(base); padding: 3px; }
+        QListView#checklist:focus, QListView#documentList:focus, QFrame#editorPanel QPlainTextEdit:focus {
+            border: 2px solid #2b6f97; }
+        QListView#checklist::item, QListView#documentList::item { padding: 4px 2px; }
+        QPushButton#link { border: none; background: transparent; color: #2b6f97; padding: 4px 2px; font-weight: 600; }
+        QPushButton#link:hover { text-decoration: underline; }
+        QPushButton#link:focus { border: none; text-decoration: underline; }
+        QFrame#undoBar { background: palette(base); border: 1px solid palette(midlight); border-left: 4px solid #2b6f97;
+                         border-radius: 10px; }
+        QWidget[screen="licenses"] QComboBox { padding-right: 26px; }
+        QWidget[screen="licenses"] QComboBox::drop-down { subcontrol-origin: padding; subcontrol-position: center right;
+                                                          width: 24px; border: none; }
+        QWidget[screen="licenses"] QComboBox::down-arrow { image: url(:/corvale/images/chevron-down.png);
+                                                           width: 12px; height: 12px; }
+        QWidget[screen="licenses"] QScrollBar:vertical { border: none; background: transparent; width: 10px; margin: 0; }
+        QWidget[screen="licenses"] QScrollBar::handle:vertical { background: palette(mid); min-height: 32px;
+                                                                 border-radius: 4px; margin: 0 2px; }
+        QWidget[screen="licenses"] QScrollBar::add-line:vertical { height: 0; subcontrol-position: bottom;
+                                                                   subcontrol-origin: margin; }
+        QWidget[screen="licenses"] QScrollBar::sub-line:vertical { height: 0; subcontrol-position: top;
+                                                                   subcontrol-origin: margin; }
+        QWidget[screen="licenses"] QScrollBar::add-page:vertical,
+        QWidget[screen="licenses"] QScrollBar::sub-page:vertical { background: none; }
+        /* ---- end of Licenses ---- */
     )");
 }
 
