@@ -250,10 +250,10 @@ void LicensesPage::reload() {
     updateSummary();
 
     if (m_editor->isOpen()) {
-        const QString open = m_editor->credentialId();
+        const std::string open = m_editor->credentialId().toStdString();
         const auto& credentials = context().doc().credentials;
-        const bool gone = !open.isEmpty() && std::none_of(credentials.begin(), credentials.end(), [&](const Credential& c) {
-            return !c.deleted && text(c.id) == open;
+        const bool gone = !open.empty() && std::none_of(credentials.begin(), credentials.end(), [&](const Credential& c) {
+            return !c.deleted && c.id == open;
         });
         if (gone) m_editor->cancel();
         else m_editor->refreshPeople();

@@ -535,7 +535,10 @@ private slots:
         QTest::keyClick(page.view(), Qt::Key_Return);
         QVERIFY(editor.isOpen());
         QCOMPARE(editor.credentialId(), bls);
-        QTest::keyClick(named<QLineEdit>(editor, "Number"), Qt::Key_Escape);
+        setText(editor, "Number", "BLS-90001");
+        QTest::keyClick(named<QLineEdit>(editor, "Number"), Qt::Key_S, Qt::ControlModifier);
+        QVERIFY(!editor.isOpen());
+        QCOMPARE(byId(vault.store, bls)->number, std::optional<std::string>("BLS-90001"));
         QTest::keyClick(page.view(), Qt::Key_N, Qt::ControlModifier);
         QVERIFY(editor.isOpen());
         QVERIFY(editor.credentialId().isEmpty());
