@@ -58,6 +58,7 @@ LicensesPage::LicensesPage(AppContext& context, QWidget* parent) : Screen(contex
     auto* add = new QPushButton(tr("New credential"), this);
     add->setObjectName(QStringLiteral("primary"));
     add->setToolTip(tr("Add a credential (Ctrl+N)"));
+    m_add = add;
     auto* toolbar = new QHBoxLayout;
     toolbar->setSpacing(10);
     toolbar->addWidget(m_search, 2);
@@ -123,7 +124,7 @@ LicensesPage::LicensesPage(AppContext& context, QWidget* parent) : Screen(contex
     scaleFont(m_emptyTitle, 1.4, QFont::DemiBold);
     m_emptyText = makeLabel(QString(), "detail", emptyCard);
     m_emptyText->setAlignment(Qt::AlignCenter);
-    m_emptyText->setMaximumWidth(460);
+    m_emptyText->setFixedWidth(440);
     auto* addFirst = new QPushButton(tr("Add your first credential"), emptyCard);
     addFirst->setObjectName(QStringLiteral("primary"));
     auto* emptyLayout = new QVBoxLayout(emptyCard);
@@ -239,11 +240,18 @@ void LicensesPage::reload() {
 
     const bool empty = m_model->credentialCount() == 0;
     m_body->setCurrentIndex(empty ? 1 : 0);
+    // Nothing to search, group or delete yet.
+    m_search->setVisible(!empty);
+    m_grouping->setVisible(!empty);
+    m_delete->setVisible(!empty);
+    m_add->setVisible(!empty);
     if (empty) {
         const Person* person = scope ? context().person(*scope) : nullptr;
         m_emptyTitle->setText(person ? tr("No credentials for %1 yet").arg(text(person->name)) : tr("No credentials yet"));
         m_emptyText->setText(tr("Add a state license, DEA registration, board certification or life-support card, "
                                 "and Corvale keeps watch over its renewal."));
+        // A centred wrapped label is given one line's height unless told how many it needs.
+        m_emptyText->setMinimumHeight(m_emptyText->heightForWidth(m_emptyText->width()));
     }
     restoreExpansion();
     if (!selected.isEmpty()) select(selected);

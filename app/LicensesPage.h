@@ -59,6 +59,7 @@ private:
     QLineEdit* m_search = nullptr;
     QComboBox* m_grouping = nullptr;
     QPushButton* m_delete = nullptr;
+    QPushButton* m_add = nullptr;
     QFrame* m_undoBar = nullptr;
     QLabel* m_undoText = nullptr;
     QShortcut* m_undoShortcut = nullptr;

@@ -214,11 +214,19 @@ private slots:
         QVERIFY(vault.store.change([](VaultDocument& doc) {
             for (auto& c : doc.credentials) c.deleted = true;
         }).ok());
-        LicensesPage page(vault.context);
+        QWidget window;
+        window.setObjectName("appWindow");
+        window.setStyleSheet(appStyleSheet());
+        auto* layout = new QVBoxLayout(&window);
+        layout->setContentsMargins(0, 0, 0, 0);
+        auto* owned = new LicensesPage(vault.context, &window);
+        layout->addWidget(owned);
+        LicensesPage& page = *owned;
         page.reload();
         QVERIFY(!page.view()->isVisibleTo(&page));
         auto* first = testing::button(page, "Add your first credential");
         QVERIFY(first && first->isVisibleTo(&page));
+        testing::screenshot(window, "licenses-empty");
         first->click();
         QVERIFY(page.editor()->isOpen());
         QVERIFY(page.editor()->credentialId().isEmpty());
