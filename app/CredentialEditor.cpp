@@ -58,9 +58,7 @@ bool isAdvancedPracticeNurse(Degree degree) {
     return degree == Degree::np || degree == Degree::cnm || degree == Degree::cns || degree == Degree::crna;
 }
 
-bool isNurse(Degree degree) {
-    return degree == Degree::rn || degree == Degree::lpn || isAdvancedPracticeNurse(degree);
-}
+bool isNurse(Degree degree) { return degree == Degree::rn || degree == Degree::lpn || isAdvancedPracticeNurse(degree); }
 
 // Only the fields the user changed are written, so a value kept in a form
 // the panel does not reproduce exactly (an empty title, untrimmed notes) stays as it was.
@@ -83,14 +81,22 @@ QString numberText(const std::optional<double>& value) { return value ? QString:
 DocumentKind documentKindFor(std::optional<CredentialKind> kind) {
     if (!kind) return DocumentKind::other;
     switch (*kind) {
-    case CredentialKind::stateLicense: return DocumentKind::license;
-    case CredentialKind::dea: return DocumentKind::dea;
-    case CredentialKind::stateCSR: return DocumentKind::csr;
-    case CredentialKind::imlcLOQ: return DocumentKind::loq;
-    case CredentialKind::bls: return DocumentKind::bls;
-    case CredentialKind::acls: return DocumentKind::acls;
-    case CredentialKind::malpractice: return DocumentKind::malpractice;
-    default: return DocumentKind::other;
+    case CredentialKind::stateLicense:
+        return DocumentKind::license;
+    case CredentialKind::dea:
+        return DocumentKind::dea;
+    case CredentialKind::stateCSR:
+        return DocumentKind::csr;
+    case CredentialKind::imlcLOQ:
+        return DocumentKind::loq;
+    case CredentialKind::bls:
+        return DocumentKind::bls;
+    case CredentialKind::acls:
+        return DocumentKind::acls;
+    case CredentialKind::malpractice:
+        return DocumentKind::malpractice;
+    default:
+        return DocumentKind::other;
     }
 }
 
@@ -105,8 +111,10 @@ bool offersState(std::optional<CredentialKind> kind) {
     case CredentialKind::imlcLOQ:
     case CredentialKind::agreement:
     case CredentialKind::exam:
-    case CredentialKind::other: return true;
-    default: return false;
+    case CredentialKind::other:
+        return true;
+    default:
+        return false;
     }
 }
 
@@ -117,10 +125,14 @@ QString stateRequiredSentence(CredentialKind kind) {
 
 QString stageName(RenewalStage stage) {
     switch (stage) {
-    case RenewalStage::notStarted: return QObject::tr("Not started");
-    case RenewalStage::gathering: return QObject::tr("Gathering documents");
-    case RenewalStage::submitted: return QObject::tr("Submitted to the board");
-    case RenewalStage::approved: return QObject::tr("Approved");
+    case RenewalStage::notStarted:
+        return QObject::tr("Not started");
+    case RenewalStage::gathering:
+        return QObject::tr("Gathering documents");
+    case RenewalStage::submitted:
+        return QObject::tr("Submitted to the board");
+    case RenewalStage::approved:
+        return QObject::tr("Approved");
     }
     return {};
 }
@@ -310,15 +322,17 @@ void CredentialEditor::build() {
     homeColumn->setSpacing(4);
     homeColumn->addWidget(m_homeState);
     homeColumn->addWidget(m_compactNote);
-    m_licenseType = editableCombo({QStringLiteral("RN"), QStringLiteral("LPN"), QStringLiteral("LVN"), QStringLiteral("APRN")},
-                                  tr("License type"), content);
-    m_aprnRole = editableCombo({QStringLiteral("CNP"), QStringLiteral("CNM"), QStringLiteral("CNS"), QStringLiteral("CRNA")},
-                               tr("APRN role"), content);
-    m_populationFocus = editableCombo({tr("Family/Individual Across the Lifespan"), tr("Adult-Gerontology Acute Care"),
-                                       tr("Adult-Gerontology Primary Care"), tr("Pediatrics Acute Care"),
-                                       tr("Pediatrics Primary Care"), tr("Neonatal"), tr("Women's Health/Gender-Related"),
-                                       tr("Psychiatric-Mental Health")},
-                                      tr("Population focus"), content);
+    m_licenseType =
+        editableCombo({QStringLiteral("RN"), QStringLiteral("LPN"), QStringLiteral("LVN"), QStringLiteral("APRN")},
+                      tr("License type"), content);
+    m_aprnRole =
+        editableCombo({QStringLiteral("CNP"), QStringLiteral("CNM"), QStringLiteral("CNS"), QStringLiteral("CRNA")},
+                      tr("APRN role"), content);
+    m_populationFocus =
+        editableCombo({tr("Family/Individual Across the Lifespan"), tr("Adult-Gerontology Acute Care"),
+                       tr("Adult-Gerontology Primary Care"), tr("Pediatrics Acute Care"), tr("Pediatrics Primary Care"),
+                       tr("Neonatal"), tr("Women's Health/Gender-Related"), tr("Psychiatric-Mental Health")},
+                      tr("Population focus"), content);
     m_nurse->addRow(m_compact);
     m_nurse->addRow(m_multistate);
     m_nurse->addRow(tr("Home state"), homeBox);
@@ -329,7 +343,8 @@ void CredentialEditor::build() {
 
     m_cycleSection = section(tr("Continuing education"), form);
     m_cycleStart = lineEdit(tr("CME cycle start"), tr("YYYY-MM"), content);
-    m_cycleStart->setToolTip(tr("The month this license's education cycle starts, when the board counts from a date of its own"));
+    m_cycleStart->setToolTip(
+        tr("The month this license's education cycle starts, when the board counts from a date of its own"));
     m_hoursOverride = lineEdit(tr("CME hours override"), tr("The state's rule when empty"), content);
     form->addRow(tr("Cycle starts"), withError(m_cycleStart, tr("CME cycle start")));
     form->addRow(tr("Hours required"), withError(m_hoursOverride, tr("CME hours override")));
@@ -493,9 +508,7 @@ void CredentialEditor::build() {
     detachShortcut->setContext(Qt::WidgetShortcut);
 }
 
-QString CredentialEditor::credentialId() const {
-    return m_state->original ? text(m_state->original->id) : QString();
-}
+QString CredentialEditor::credentialId() const { return m_state->original ? text(m_state->original->id) : QString(); }
 
 void CredentialEditor::refreshPeople() {
     const QString chosen = m_person->currentData().toString();
@@ -531,7 +544,8 @@ bool CredentialEditor::openCredential(const QString& credentialId) {
     m_heading->setText(text(renewTitle(*found)));
     QString whose;
     if (m_context.isOffice())
-        if (const Person* person = m_context.person(found->personId)) whose = text(person->name) + QStringLiteral(" · ");
+        if (const Person* person = m_context.person(found->personId))
+            whose = text(person->name) + QStringLiteral(" · ");
     m_subheading->setText(whose + (found->expiresOn ? tr("Expires %1").arg(text(found->expiresOn->formatted()))
                                                     : tr("No expiry date recorded")));
     m_title->setFocus();
@@ -550,7 +564,8 @@ bool CredentialEditor::openRenewal(const QString& credentialId) {
     m_stage->setCurrentIndex(0);
     for (int row = 0; row < m_steps->rowCount(); ++row) m_steps->item(row)->setCheckState(Qt::Unchecked);
     m_heading->setText(tr("Record a renewal"));
-    m_subheading->setText(tr("Check the new dates against the renewed %1, then save.").arg(text(renewTitle(*m_state->original))));
+    m_subheading->setText(
+        tr("Check the new dates against the renewed %1, then save.").arg(text(renewTitle(*m_state->original))));
     m_expires->setFocus();
     m_expires->selectAll();
     return true;
@@ -586,13 +601,15 @@ void CredentialEditor::load() {
     m_limits->setText(text(c.limits));
     m_coverage->setCurrentText(text(c.coverageType));
     for (std::size_t i = 0; i < kSchedules.size(); ++i) {
-        const bool held = c.schedules && std::find(c.schedules->begin(), c.schedules->end(), kSchedules[i]) != c.schedules->end();
+        const bool held =
+            c.schedules && std::find(c.schedules->begin(), c.schedules->end(), kSchedules[i]) != c.schedules->end();
         m_schedules[i]->setChecked(held);
     }
 
     m_compact->setChecked(c.isCompact);
     m_multistate->setChecked(c.multistate.value_or(false));
-    select(m_homeState, c.homeState ? text(*c.homeState).toUpper() : QString(), static_cast<int>(USState::all().size()) + 1);
+    select(m_homeState, c.homeState ? text(*c.homeState).toUpper() : QString(),
+           static_cast<int>(USState::all().size()) + 1);
     m_licenseType->setCurrentText(text(c.licenseType));
     m_aprnRole->setCurrentText(text(c.aprnRole));
     m_populationFocus->setCurrentText(text(c.populationFocus));
@@ -602,7 +619,8 @@ void CredentialEditor::load() {
 
     m_renewalURL->setText(text(c.renewalURL));
     m_fee->setText(numberText(c.fee));
-    while (m_leadDays->count() > static_cast<int>(kLeadDays.size()) + 1) m_leadDays->removeItem(m_leadDays->count() - 1);
+    while (m_leadDays->count() > static_cast<int>(kLeadDays.size()) + 1)
+        m_leadDays->removeItem(m_leadDays->count() - 1);
     const int lead = c.reminderLeadDays.value_or(0);
     if (m_leadDays->findData(lead) < 0) m_leadDays->addItem(leadDaysText(lead), lead);
     m_leadDays->setCurrentIndex(m_leadDays->findData(lead));
@@ -740,7 +758,8 @@ bool CredentialEditor::save() {
         const QUrl parsed(url, QUrl::StrictMode);
         if (!parsed.isValid() || parsed.host().isEmpty() || !parsed.host().contains(QLatin1Char('.')) ||
             (parsed.scheme() != QStringLiteral("https") && parsed.scheme() != QStringLiteral("http")))
-            wrong(m_renewalURL, tr("Renewal URL"), tr("Enter the board's web address, such as https://www.tmb.state.tx.us."));
+            wrong(m_renewalURL, tr("Renewal URL"),
+                  tr("Enter the board's web address, such as https://www.tmb.state.tx.us."));
     }
     std::optional<double> fee;
     if (!m_fee->text().trimmed().isEmpty()) {
@@ -756,7 +775,8 @@ bool CredentialEditor::save() {
     if (cycleShown && !m_hoursOverride->text().trimmed().isEmpty()) {
         hours = number(m_hoursOverride->text());
         if (!hours || *hours <= 0)
-            wrong(m_hoursOverride, tr("CME hours override"), tr("Enter the hours required as a number above zero, such as 50."));
+            wrong(m_hoursOverride, tr("CME hours override"),
+                  tr("Enter the hours required as a number above zero, such as 50."));
     }
     if (firstWrong) {
         firstWrong->setFocus();
@@ -804,7 +824,8 @@ bool CredentialEditor::save() {
     }
     if (!m_nurseSection->isHidden()) {
         credential.isCompact = m_compact->isChecked();
-        if (m_multistate->isChecked() != credential.multistate.value_or(false)) credential.multistate = m_multistate->isChecked();
+        if (m_multistate->isChecked() != credential.multistate.value_or(false))
+            credential.multistate = m_multistate->isChecked();
         assign(credential.homeState, m_homeState->currentData().toString());
         assign(credential.licenseType, m_licenseType->currentText());
         if (m_nurse->isRowVisible(m_aprnRole)) {
@@ -819,14 +840,16 @@ bool CredentialEditor::save() {
     if (m_renewalURL->text() != text(credential.renewalURL)) assign(credential.renewalURL, url);
     if (fee != credential.fee) credential.fee = fee;
     const int lead = m_leadDays->currentData().toInt();
-    if (lead != credential.reminderLeadDays.value_or(0)) credential.reminderLeadDays = lead > 0 ? std::optional(lead) : std::nullopt;
+    if (lead != credential.reminderLeadDays.value_or(0))
+        credential.reminderLeadDays = lead > 0 ? std::optional(lead) : std::nullopt;
     assign(credential.renewalStage, m_stage->currentData().toString());
     std::vector<RenewalStep> steps;
     for (int row = 0; row < m_steps->rowCount(); ++row) {
         const QStandardItem* item = m_steps->item(row);
         const QString title = item->text().trimmed();
         if (title.isEmpty()) continue;
-        steps.push_back({item->data(kIdRole).toString().toStdString(), title.toStdString(), item->checkState() == Qt::Checked});
+        steps.push_back(
+            {item->data(kIdRole).toString().toStdString(), title.toStdString(), item->checkState() == Qt::Checked});
     }
     if (steps != credential.renewalSteps.value_or(std::vector<RenewalStep>{}))
         credential.renewalSteps = steps.empty() ? std::nullopt : std::optional(steps);
@@ -837,8 +860,10 @@ bool CredentialEditor::save() {
     const auto written = m_context.store.change([&](VaultDocument& doc) {
         const auto found = std::find_if(doc.credentials.begin(), doc.credentials.end(),
                                         [&](const Credential& c) { return c.id == credential.id; });
-        if (found == doc.credentials.end()) doc.credentials.push_back(credential);
-        else *found = credential;
+        if (found == doc.credentials.end())
+            doc.credentials.push_back(credential);
+        else
+            *found = credential;
     });
     if (!written) {
         m_saveError->setText(text(written.error().message()));
@@ -906,7 +931,8 @@ void CredentialEditor::showDocuments() {
     for (const std::string& id : m_state->documentIds) {
         const auto found = std::find_if(documents.begin(), documents.end(),
                                         [&](const DocumentRecord& d) { return !d.deleted && d.id == id; });
-        auto* item = new QStandardItem(found == documents.end() ? tr("A file no longer in the vault") : text(found->filename));
+        auto* item =
+            new QStandardItem(found == documents.end() ? tr("A file no longer in the vault") : text(found->filename));
         item->setData(text(id), kIdRole);
         if (found != documents.end())
             item->setToolTip(tr("%1, %2 KB").arg(text(found->contentType)).arg((found->size + 1023) / 1024));
@@ -922,7 +948,8 @@ void CredentialEditor::chooseFileToAttach() {
     auto* dialog = new QFileDialog(this, tr("Attach a copy"));
     dialog->setAttribute(Qt::WA_DeleteOnClose);
     dialog->setFileMode(QFileDialog::ExistingFile);
-    dialog->setNameFilters({tr("Scans and documents (*.pdf *.png *.jpg *.jpeg *.heic *.tif *.tiff)"), tr("All files (*)")});
+    dialog->setNameFilters(
+        {tr("Scans and documents (*.pdf *.png *.jpg *.jpeg *.heic *.tif *.tiff)"), tr("All files (*)")});
     connect(dialog, &QFileDialog::fileSelected, this, [this](const QString& path) { attachFile(path); });
     dialog->open();
 }
@@ -941,9 +968,11 @@ bool CredentialEditor::attachFile(const QString& path) {
     record.personId = chosenPersonId().toStdString();
     record.filename = filename.toStdString();
     record.contentType = QMimeDatabase().mimeTypeForFile(path).name().toStdString();
-    record.kind = std::string(rawValue(documentKindFor(credentialKindFromRaw(m_kind->currentData().toString().toStdString()))));
+    record.kind =
+        std::string(rawValue(documentKindFor(credentialKindFromRaw(m_kind->currentData().toString().toStdString()))));
     const auto stored = m_context.store.addDocument(
-        ByteView(reinterpret_cast<const std::uint8_t*>(bytes.constData()), static_cast<std::size_t>(bytes.size())), record);
+        ByteView(reinterpret_cast<const std::uint8_t*>(bytes.constData()), static_cast<std::size_t>(bytes.size())),
+        record);
     if (!stored) {
         setError(tr("Documents"), text(stored.error().message()));
         return false;

@@ -36,11 +36,16 @@ Urgency urgencyOf(int daysLeft) {
 
 QString urgencyText(Urgency urgency) {
     switch (urgency) {
-    case Urgency::expired: return QObject::tr("Expired");
-    case Urgency::soon: return QObject::tr("Renew now");
-    case Urgency::due: return QObject::tr("Renew soon");
-    case Urgency::current: return QObject::tr("Current");
-    case Urgency::undated: return QObject::tr("No expiry date");
+    case Urgency::expired:
+        return QObject::tr("Expired");
+    case Urgency::soon:
+        return QObject::tr("Renew now");
+    case Urgency::due:
+        return QObject::tr("Renew soon");
+    case Urgency::current:
+        return QObject::tr("Current");
+    case Urgency::undated:
+        return QObject::tr("No expiry date");
     }
     return {};
 }
@@ -58,10 +63,14 @@ QString statusText(const Credential& credential, Urgency urgency) {
 QColor colorOf(Urgency urgency) {
     switch (urgency) {
     case Urgency::expired:
-    case Urgency::soon: return alertColor();
-    case Urgency::due: return warnColor();
-    case Urgency::current: return goodColor();
-    case Urgency::undated: break;
+    case Urgency::soon:
+        return alertColor();
+    case Urgency::due:
+        return warnColor();
+    case Urgency::current:
+        return goodColor();
+    case Urgency::undated:
+        break;
     }
     return {};
 }
@@ -85,18 +94,22 @@ const QIcon& dot(Urgency urgency) {
 }
 
 QString statusGroupTitle(int order) {
-    static const char* const kTitles[] = {QT_TR_NOOP("Expired"), QT_TR_NOOP("Due within 90 days"), QT_TR_NOOP("Current"),
-                                          QT_TR_NOOP("No expiry date")};
+    static const char* const kTitles[] = {QT_TR_NOOP("Expired"), QT_TR_NOOP("Due within 90 days"),
+                                          QT_TR_NOOP("Current"), QT_TR_NOOP("No expiry date")};
     return QObject::tr(kTitles[order]);
 }
 
 int statusGroup(Urgency urgency) {
     switch (urgency) {
-    case Urgency::expired: return 0;
+    case Urgency::expired:
+        return 0;
     case Urgency::soon:
-    case Urgency::due: return 1;
-    case Urgency::current: return 2;
-    case Urgency::undated: break;
+    case Urgency::due:
+        return 1;
+    case Urgency::current:
+        return 2;
+    case Urgency::undated:
+        break;
     }
     return 3;
 }
@@ -200,9 +213,10 @@ void CredentialListModel::regroup() {
             group.key = QStringLiteral("status:%1").arg(order);
             break;
         case Grouping::kind:
-            group.title = bucket < kinds.size() ? QString::fromUtf8(displayName(kinds[bucket]).data(),
-                                                                    static_cast<qsizetype>(displayName(kinds[bucket]).size()))
-                                                : tr("Other kinds");
+            group.title = bucket < kinds.size()
+                              ? QString::fromUtf8(displayName(kinds[bucket]).data(),
+                                                  static_cast<qsizetype>(displayName(kinds[bucket]).size()))
+                              : tr("Other kinds");
             group.key = QStringLiteral("kind:%1").arg(order);
             break;
         case Grouping::person:
@@ -237,7 +251,8 @@ QString CredentialListModel::groupKey(const QModelIndex& groupIndex) const {
 
 QModelIndex CredentialListModel::index(int row, int column, const QModelIndex& parent) const {
     if (row < 0 || column < 0 || column >= ColumnCount) return {};
-    if (!parent.isValid()) return row < static_cast<int>(m_groups.size()) ? createIndex(row, column, kGroupRow) : QModelIndex();
+    if (!parent.isValid())
+        return row < static_cast<int>(m_groups.size()) ? createIndex(row, column, kGroupRow) : QModelIndex();
     if (parent.internalId() != kGroupRow || parent.row() >= static_cast<int>(m_groups.size())) return {};
     const auto& group = m_groups[static_cast<std::size_t>(parent.row())];
     if (row >= static_cast<int>(group.rows.size())) return {};
@@ -273,8 +288,10 @@ QVariant CredentialListModel::groupData(const Group& group, int column, int role
         font.setWeight(QFont::DemiBold);
         return font;
     }
-    case IsGroupRole: return true;
-    default: return {};
+    case IsGroupRole:
+        return true;
+    default:
+        return {};
     }
 }
 
@@ -282,13 +299,20 @@ QVariant CredentialListModel::rowData(const CredentialRow& row, int column, int 
     switch (role) {
     case Qt::DisplayRole:
         switch (column) {
-        case NameColumn: return row.name;
-        case PersonColumn: return row.person;
-        case NumberColumn: return row.number;
-        case ExpiresColumn: return row.expires;
-        case DaysLeftColumn: return daysLeftText(row.daysLeft);
-        case StatusColumn: return row.status;
-        default: return {};
+        case NameColumn:
+            return row.name;
+        case PersonColumn:
+            return row.person;
+        case NumberColumn:
+            return row.number;
+        case ExpiresColumn:
+            return row.expires;
+        case DaysLeftColumn:
+            return daysLeftText(row.daysLeft);
+        case StatusColumn:
+            return row.status;
+        default:
+            return {};
         }
     case Qt::ForegroundRole:
         if (column == DaysLeftColumn || column == StatusColumn) {
@@ -303,26 +327,39 @@ QVariant CredentialListModel::rowData(const CredentialRow& row, int column, int 
         // Narrow columns elide; the tip has the whole text.
         if (column == StatusColumn && !row.statusNote.isEmpty())
             return tr("%1 (recorded status: %2)").arg(row.status, row.statusNote);
-        if (column == NameColumn || column == DaysLeftColumn || column == StatusColumn) return rowData(row, column, Qt::DisplayRole);
+        if (column == NameColumn || column == DaysLeftColumn || column == StatusColumn)
+            return rowData(row, column, Qt::DisplayRole);
         return {};
-    case IdRole: return row.id;
-    case DaysLeftRole: return row.daysLeft;
-    case UrgencyRole: return static_cast<int>(row.urgency);
-    case IsGroupRole: return false;
-    default: return {};
+    case IdRole:
+        return row.id;
+    case DaysLeftRole:
+        return row.daysLeft;
+    case UrgencyRole:
+        return static_cast<int>(row.urgency);
+    case IsGroupRole:
+        return false;
+    default:
+        return {};
     }
 }
 
 QVariant CredentialListModel::headerData(int section, Qt::Orientation orientation, int role) const {
     if (orientation != Qt::Horizontal || role != Qt::DisplayRole) return {};
     switch (section) {
-    case NameColumn: return tr("Name");
-    case PersonColumn: return tr("Person");
-    case NumberColumn: return tr("Number");
-    case ExpiresColumn: return tr("Expires");
-    case DaysLeftColumn: return tr("Days left");
-    case StatusColumn: return tr("Status");
-    default: return {};
+    case NameColumn:
+        return tr("Name");
+    case PersonColumn:
+        return tr("Person");
+    case NumberColumn:
+        return tr("Number");
+    case ExpiresColumn:
+        return tr("Expires");
+    case DaysLeftColumn:
+        return tr("Days left");
+    case StatusColumn:
+        return tr("Status");
+    default:
+        return {};
     }
 }
 
@@ -374,15 +411,18 @@ bool CredentialSortFilterProxy::lessThan(const QModelIndex& left, const QModelIn
         return order != 0 ? order < 0 : byName();
     };
     switch (left.column()) {
-    case CredentialListModel::PersonColumn: return byText(a->person, b->person);
-    case CredentialListModel::NumberColumn: return byText(a->number, b->number);
+    case CredentialListModel::PersonColumn:
+        return byText(a->person, b->person);
+    case CredentialListModel::NumberColumn:
+        return byText(a->number, b->number);
     case CredentialListModel::StatusColumn:
         if (a->urgency != b->urgency) return a->urgency < b->urgency;
         [[fallthrough]];
     case CredentialListModel::ExpiresColumn:
     case CredentialListModel::DaysLeftColumn:
         return a->daysLeft != b->daysLeft ? a->daysLeft < b->daysLeft : byName();
-    default: return byName();
+    default:
+        return byName();
     }
 }
 

@@ -169,12 +169,10 @@ LicensesPage::LicensesPage(AppContext& context, QWidget* parent) : Screen(contex
     connect(undo, &QPushButton::clicked, this, &LicensesPage::undoDelete);
     connect(dismiss, &QPushButton::clicked, m_undoBar, &QWidget::hide);
     connect(m_view, &QAbstractItemView::activated, this, &LicensesPage::openCurrent);
-    connect(m_view, &QTreeView::collapsed, this, [this](const QModelIndex& index) {
-        m_collapsed.insert(m_model->groupKey(m_proxy->mapToSource(index)));
-    });
-    connect(m_view, &QTreeView::expanded, this, [this](const QModelIndex& index) {
-        m_collapsed.remove(m_model->groupKey(m_proxy->mapToSource(index)));
-    });
+    connect(m_view, &QTreeView::collapsed, this,
+            [this](const QModelIndex& index) { m_collapsed.insert(m_model->groupKey(m_proxy->mapToSource(index))); });
+    connect(m_view, &QTreeView::expanded, this,
+            [this](const QModelIndex& index) { m_collapsed.remove(m_model->groupKey(m_proxy->mapToSource(index))); });
     connect(m_view->selectionModel(), &QItemSelectionModel::currentChanged, this, &LicensesPage::updateActions);
     // A group's title spans the row; the proxy renumbers rows whenever it sorts or filters.
     const auto span = [this] {
@@ -247,9 +245,11 @@ void LicensesPage::reload() {
     m_add->setVisible(!empty);
     if (empty) {
         const Person* person = scope ? context().person(*scope) : nullptr;
-        m_emptyTitle->setText(person ? tr("No credentials for %1 yet").arg(text(person->name)) : tr("No credentials yet"));
-        m_emptyText->setText(tr("Add a state license, DEA registration, board certification or life-support card, "
-                                "and Corvale keeps watch over its renewal."));
+        m_emptyTitle->setText(person ? tr("No credentials for %1 yet").arg(text(person->name))
+                                     : tr("No credentials yet"));
+        m_emptyText->setText(
+            tr("Add a state license, DEA registration, board certification or life-support card, "
+               "and Corvale keeps watch over its renewal."));
         // A centred wrapped label is given one line's height unless told how many it needs.
         m_emptyText->setMinimumHeight(m_emptyText->heightForWidth(m_emptyText->width()));
     }
@@ -260,11 +260,13 @@ void LicensesPage::reload() {
     if (m_editor->isOpen()) {
         const std::string open = m_editor->credentialId().toStdString();
         const auto& credentials = context().doc().credentials;
-        const bool gone = !open.empty() && std::none_of(credentials.begin(), credentials.end(), [&](const Credential& c) {
-            return !c.deleted && c.id == open;
-        });
-        if (gone) m_editor->cancel();
-        else m_editor->refreshPeople();
+        const bool gone =
+            !open.empty() && std::none_of(credentials.begin(), credentials.end(),
+                                          [&](const Credential& c) { return !c.deleted && c.id == open; });
+        if (gone)
+            m_editor->cancel();
+        else
+            m_editor->refreshPeople();
     }
     updateActions();
 }
@@ -306,8 +308,10 @@ void LicensesPage::updateActions() { m_delete->setEnabled(!currentCredentialId()
 
 void LicensesPage::openCurrent(const QModelIndex& index) {
     const CredentialRow* row = m_model->credential(m_proxy->mapToSource(index));
-    if (row) m_editor->openCredential(row->id);
-    else if (index.isValid()) m_view->setExpanded(index, !m_view->isExpanded(index));
+    if (row)
+        m_editor->openCredential(row->id);
+    else if (index.isValid())
+        m_view->setExpanded(index, !m_view->isExpanded(index));
 }
 
 void LicensesPage::newCredential() { m_editor->openNew(); }

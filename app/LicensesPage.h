@@ -37,8 +37,8 @@ public:
     // Opens the editor and the file dialog to attach a copy.
     void attachTo(const QString& credentialId);
 
-    CredentialEditor* editor() const;   // for tests
-    QAbstractItemView* view() const;    // for tests
+    CredentialEditor* editor() const;  // for tests
+    QAbstractItemView* view() const;   // for tests
 
 private:
     QString currentCredentialId() const;

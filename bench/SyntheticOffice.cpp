@@ -9,9 +9,9 @@ namespace {
 
 // Deterministic filler so every run measures the same vault.
 std::string recognisedText(int seed) {
-    static const char* const kWords[] = {"STATE",  "MEDICAL", "BOARD",   "LICENSE", "PHYSICIAN", "SURGEON",
-                                         "EXPIRES", "ISSUED", "NUMBER",  "CERTIFY", "RENEWAL",   "ACTIVE",
-                                         "CONTACT", "HOURS",  "CATEGORY", "CREDIT", "AMERICAN",  "HEART"};
+    static const char* const kWords[] = {"STATE",   "MEDICAL", "BOARD",    "LICENSE", "PHYSICIAN", "SURGEON",
+                                         "EXPIRES", "ISSUED",  "NUMBER",   "CERTIFY", "RENEWAL",   "ACTIVE",
+                                         "CONTACT", "HOURS",   "CATEGORY", "CREDIT",  "AMERICAN",  "HEART"};
     std::string text;
     unsigned state = static_cast<unsigned>(seed) * 2654435761u + 1;
     while (text.size() < 700) {
@@ -22,19 +22,22 @@ std::string recognisedText(int seed) {
     return text;
 }
 
-Timestamp at(int seconds) { return Timestamp{std::chrono::sys_time<std::chrono::milliseconds>{std::chrono::seconds{1'750'000'000 + seconds}}}; }
+Timestamp at(int seconds) {
+    return Timestamp{std::chrono::sys_time<std::chrono::milliseconds>{std::chrono::seconds{1'750'000'000 + seconds}}};
+}
 
 }  // namespace
 
 VaultDocument makeOfficeVault() {
     VaultDocument document;
     document.vaultId = "5b1f4a8e-0c2d-4e6f-8a9b-0c1d2e3f4a5b";
-    static const char* const kKinds[] = {"stateLicense", "stateLicense", "dea", "stateCSR", "boardCertification",
+    static const char* const kKinds[] = {"stateLicense", "stateLicense", "dea",  "stateCSR",    "boardCertification",
                                          "bls",          "acls",         "pals", "malpractice", "tb"};
     static const char* const kStates[] = {"CA", "TX", "FL", "NY", "PA", "OH", "IL", "GA", "WA", "MA"};
     static const char* const kDegrees[] = {"MD", "NP", "RN", "PA", "DO"};
-    static const char* const kTopics[] = {"ethics", "opioidPrescribing", "painManagement", "implicitBias",
-                                          "humanTrafficking", "medicalErrors", "childAbuse", "infectionControl"};
+    static const char* const kTopics[] = {"ethics",       "opioidPrescribing", "painManagement",
+                                          "implicitBias", "humanTrafficking",  "medicalErrors",
+                                          "childAbuse",   "infectionControl"};
     int serial = 0;
     for (int p = 0; p < kProviders; ++p) {
         Person person;

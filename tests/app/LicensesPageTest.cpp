@@ -47,7 +47,9 @@ std::vector<ListedRow> listed(const LicensesPage& page) {
     for (int g = 0; g < model->rowCount(); ++g) {
         const QModelIndex group = model->index(g, 0);
         for (int r = 0; r < model->rowCount(group); ++r) {
-            const auto cell = [&](int column, int role = Qt::DisplayRole) { return model->index(r, column, group).data(role); };
+            const auto cell = [&](int column, int role = Qt::DisplayRole) {
+                return model->index(r, column, group).data(role);
+            };
             rows.push_back({group.data().toString(), cell(CredentialListModel::NameColumn).toString(),
                             cell(CredentialListModel::PersonColumn).toString(),
                             cell(CredentialListModel::DaysLeftColumn).toString(),
@@ -121,10 +123,12 @@ private slots:
         OpenVault vault;
         testing::fillSampleOffice(vault.store);
         const QString acls = idOf(vault.store, "acls");
-        QVERIFY(vault.store.change([&](VaultDocument& doc) {
-            for (auto& c : doc.credentials)
-                if (c.id == acls.toStdString()) c.deleted = true;
-        }).ok());
+        QVERIFY(vault.store
+                    .change([&](VaultDocument& doc) {
+                        for (auto& c : doc.credentials)
+                            if (c.id == acls.toStdString()) c.deleted = true;
+                    })
+                    .ok());
         LicensesPage page(vault.context);
         page.reload();
 
@@ -186,7 +190,8 @@ private slots:
         search->setText("natarajan");
         rows = listed(page);
         QCOMPARE(rows.size(), std::size_t{2});
-        QVERIFY(std::all_of(rows.begin(), rows.end(), [](const ListedRow& r) { return r.person == "Priya Natarajan"; }));
+        QVERIFY(
+            std::all_of(rows.begin(), rows.end(), [](const ListedRow& r) { return r.person == "Priya Natarajan"; }));
         search->setText("RN912");
         QCOMPARE(listed(page).size(), std::size_t{1});
         search->setText("tx");
@@ -211,9 +216,11 @@ private slots:
     void anEmptyVaultInvitesTheFirstCredential() {
         OpenVault vault;
         testing::fillSampleVault(vault.store);
-        QVERIFY(vault.store.change([](VaultDocument& doc) {
-            for (auto& c : doc.credentials) c.deleted = true;
-        }).ok());
+        QVERIFY(vault.store
+                    .change([](VaultDocument& doc) {
+                        for (auto& c : doc.credentials) c.deleted = true;
+                    })
+                    .ok());
         QWidget window;
         window.setObjectName("appWindow");
         window.setStyleSheet(appStyleSheet());
@@ -283,7 +290,8 @@ private slots:
         setText(editor, "Fee", "$45");
         QVERIFY(!editor.save());
         QVERIFY(editor.errorFor("Issued on").isEmpty());
-        QCOMPARE(editor.errorFor("Expires on"), QStringLiteral("This date comes before the issue date, so check both dates."));
+        QCOMPARE(editor.errorFor("Expires on"),
+                 QStringLiteral("This date comes before the issue date, so check both dates."));
         QCOMPARE(vault.store.doc().credentials.size(), before);
 
         setText(editor, "Issued on", "2026-11-22");
@@ -303,7 +311,8 @@ private slots:
         QCOMPARE(added.updatedAt, now(vault));
         QCOMPARE(changed.count(), 1);
         QCOMPARE(notified.last().at(0).toString(), QStringLiteral("Saved BLS card"));
-        QCOMPARE(page.view()->currentIndex().data(CredentialListModel::IdRole).toString(), QString::fromStdString(added.id));
+        QCOMPARE(page.view()->currentIndex().data(CredentialListModel::IdRole).toString(),
+                 QString::fromStdString(added.id));
 
         // Recording a renewal starts today with the kind's usual validity.
         const QString bls = idOf(vault.store, "bls", std::nullopt, std::string("BLS-88412"));
@@ -385,21 +394,23 @@ private slots:
         testing::fillSampleVault(vault.store);
         const QString ca = idOf(vault.store, "stateLicense", std::string("CA"));
         const Timestamp opened = now(vault);
-        QVERIFY(vault.store.change([&](VaultDocument& doc) {
-            for (auto& c : doc.credentials) {
-                if (c.id != ca.toStdString()) continue;
-                c.extra["boardPortalId"] = JSONValue(std::string("MBC-4471"));
-                c.programId = "mbc-renewal";
-                c.cycleMonths = 24;
-            }
-            Credential permit;
-            permit.id = "permit-1";
-            permit.personId = doc.people.at(0).id;
-            permit.kind = "telehealthPermit";
-            permit.number = "TP-1";
-            permit.extra["issuingPortal"] = JSONValue(std::string("interstate"));
-            doc.credentials.push_back(permit);
-        }).ok());
+        QVERIFY(vault.store
+                    .change([&](VaultDocument& doc) {
+                        for (auto& c : doc.credentials) {
+                            if (c.id != ca.toStdString()) continue;
+                            c.extra["boardPortalId"] = JSONValue(std::string("MBC-4471"));
+                            c.programId = "mbc-renewal";
+                            c.cycleMonths = 24;
+                        }
+                        Credential permit;
+                        permit.id = "permit-1";
+                        permit.personId = doc.people.at(0).id;
+                        permit.kind = "telehealthPermit";
+                        permit.number = "TP-1";
+                        permit.extra["issuingPortal"] = JSONValue(std::string("interstate"));
+                        doc.credentials.push_back(permit);
+                    })
+                    .ok());
         LicensesPage page(vault.context);
         page.reload();
         CredentialEditor& editor = *page.editor();
@@ -409,12 +420,12 @@ private slots:
         QVERIFY(checklist);
         auto* steps = qobject_cast<QStandardItemModel*>(checklist->model());
         QCOMPARE(steps->rowCount(), 3);
-        steps->item(1)->setCheckState(Qt::Checked);                   // tick
-        steps->item(2)->setText("Send the workforce survey");          // rename
+        steps->item(1)->setCheckState(Qt::Checked);            // tick
+        steps->item(2)->setText("Send the workforce survey");  // rename
         checklist->setCurrentIndex(steps->index(0, 0));
-        testing::button(editor, "Remove step")->click();               // remove
+        testing::button(editor, "Remove step")->click();  // remove
         setText(editor, "New step", "Upload fingerprints");
-        testing::button(editor, "Add step")->click();                  // add
+        testing::button(editor, "Add step")->click();  // add
         choose(editor, "Renewal stage", "submitted");
 
         // A wrong cycle month or hour count stops the save.
@@ -500,7 +511,8 @@ private slots:
         QCOMPARE(list->model()->index(0, 0).data().toString(), QStringLiteral("tx-license.pdf"));
 
         QVERIFY(!editor.attachFile(folder.filePath("missing.pdf")));
-        QCOMPARE(editor.errorFor("Documents"), QStringLiteral("missing.pdf couldn't be read, so nothing was attached."));
+        QCOMPARE(editor.errorFor("Documents"),
+                 QStringLiteral("missing.pdf couldn't be read, so nothing was attached."));
         QCOMPARE(vault.store.doc().documents.size(), before + 1);
 
         // Saving afterwards keeps the attachment; Remove detaches it but keeps the file.
