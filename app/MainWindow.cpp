@@ -2,6 +2,7 @@
 
 #include "app/AppContext.h"
 #include "app/CMEPage.h"
+#include "app/LicensesPage.h"
 #include "app/LockPage.h"
 #include "app/LongTask.h"
 #include "app/OnboardingPage.h"
@@ -102,6 +103,8 @@ MainWindow::MainWindow(const VaultStoreSetup& setup, const Requirements& require
     m_today = new TodayPage(m_screens);
     addScreen(QStringLiteral("today"), tr("Today"), m_today);
     connect(m_today, &TodayPage::fixRequested, this, &MainWindow::openFix);
+    m_licenses = new LicensesPage(*m_context, m_screens);
+    addScreen(QStringLiteral("licenses"), tr("Licenses"), m_licenses);
     m_cme = new CMEPage(*m_context, m_screens);
     addScreen(QStringLiteral("cme"), tr("CME"), m_cme);
     m_profile = new ProfilePage(*m_context, m_screens);
@@ -255,6 +258,15 @@ void MainWindow::openFix(const QString& action, const QString& recordId) {
     if (action == QStringLiteral("logCME")) {
         showScreen(QStringLiteral("cme"));
         m_cme->logActivity(recordId);
+        return;
+    }
+    showScreen(QStringLiteral("licenses"));
+    if (action == QStringLiteral("renew")) {
+        m_licenses->renewCredential(recordId);
+    } else if (action == QStringLiteral("attach")) {
+        m_licenses->attachTo(recordId);
+    } else {
+        m_licenses->editCredential(recordId);
     }
 }
 

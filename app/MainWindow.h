@@ -27,6 +27,7 @@ namespace corvale::app {
 
 struct AppContext;
 class CMEPage;
+class LicensesPage;
 class LockPage;
 class OnboardingPage;
 class ProfilePage;
@@ -61,6 +62,7 @@ public:
     OnboardingPage* onboardingPage() const { return m_onboarding; }
     LockPage* lockPage() const { return m_lock; }
     TodayPage* todayPage() const { return m_today; }
+    LicensesPage* licensesPage() const { return m_licenses; }
     CMEPage* cmePage() const { return m_cme; }
     ProfilePage* profilePage() const { return m_profile; }
     SettingsPage* settingsPage() const { return m_settings; }
@@ -103,6 +105,7 @@ private:
     QTimer* m_idleTimer = nullptr;
     SessionWatcher* m_session = nullptr;
     TodayPage* m_today = nullptr;
+    LicensesPage* m_licenses = nullptr;
     CMEPage* m_cme = nullptr;
     ProfilePage* m_profile = nullptr;
     SettingsPage* m_settings = nullptr;

@@ -6,7 +6,7 @@
 namespace corvale::app {
 namespace {
 
-// The CME screen: its activity table, the editor panel and the undo bar.
+// The CME screen: its activity table and the editor panel.
 QString cmeStyleSheet() {
     return QStringLiteral(R"(
         QTableView#activities { background: palette(base); alternate-background-color: palette(alternate-base);
@@ -24,7 +24,6 @@ QString cmeStyleSheet() {
                                                                    background: palette(base); padding: 2px; }
         QListView#topics::item { padding: 3px 2px; }
         QPlainTextEdit:focus, QListView#topics:focus, QListView#certificates:focus { border: 2px solid #2b6f97; }
-        QFrame#undoBar { background: palette(base); border: 1px solid palette(midlight); border-radius: 8px; }
         QPushButton#flat { border: none; background: transparent; color: #6b7785; }
         corvale--app--CMEPage QScrollBar:vertical { background: transparent; width: 10px; margin: 2px; }
         corvale--app--CMEPage QScrollBar::handle:vertical { background: palette(mid); border-radius: 3px; min-height: 32px; }
@@ -56,6 +55,42 @@ QString profileAndSettingsStyle() {
     )");
 }
 
+
+// The Licenses screen: the credential list, its editor panel and the undo bar
+// that the CME screen shares.
+QString licensesStyleSheet() {
+    return QStringLiteral(R"(
+        QTreeView#credentialList { background: palette(base); border: none; outline: 0; }
+        QTreeView#credentialList::item { padding: 7px 4px; border: none; }
+        QTreeView#credentialList::item:selected { background: #2b6f97; color: white; }
+        QTreeView#credentialList QHeaderView::section { background: palette(base); color: #6b7785; border: none;
+                                                         border-bottom: 1px solid palette(midlight); padding: 6px 4px;
+                                                         font-weight: 600; }
+        QFrame#editorPanel { background: palette(base); border: 1px solid palette(midlight); border-radius: 12px; }
+        QScrollArea#editorScroll, QWidget#editorContent { background: palette(base); border: none; }
+        QLabel#editorTitle, QLabel#emptyTitle { color: palette(text); }
+        QListView#checklist, QListView#documentList, QFrame#editorPanel QPlainTextEdit {
+            border: 1px solid palette(mid); border-radius: 6px; background: palette(base); padding: 3px; }
+        QListView#checklist:focus, QListView#documentList:focus, QFrame#editorPanel QPlainTextEdit:focus {
+            border: 2px solid #2b6f97; }
+        QListView#checklist::item, QListView#documentList::item { padding: 4px 2px; }
+        QPushButton#link { border: none; background: transparent; color: #2b6f97; padding: 4px 2px; font-weight: 600; }
+        QPushButton#link:hover { text-decoration: underline; }
+        QPushButton#link:focus { border: none; text-decoration: underline; }
+        QFrame#undoBar { background: palette(base); border: 1px solid palette(midlight); border-left: 4px solid #2b6f97;
+                         border-radius: 10px; }
+        QWidget[screen="licenses"] QScrollBar:vertical { border: none; background: transparent; width: 10px; margin: 0; }
+        QWidget[screen="licenses"] QScrollBar::handle:vertical { background: palette(mid); min-height: 32px;
+                                                                 border-radius: 4px; margin: 0 2px; }
+        QWidget[screen="licenses"] QScrollBar::add-line:vertical { height: 0; subcontrol-position: bottom;
+                                                                   subcontrol-origin: margin; }
+        QWidget[screen="licenses"] QScrollBar::sub-line:vertical { height: 0; subcontrol-position: top;
+                                                                   subcontrol-origin: margin; }
+        QWidget[screen="licenses"] QScrollBar::add-page:vertical,
+        QWidget[screen="licenses"] QScrollBar::sub-page:vertical { background: none; }
+    )");
+}
+
 }  // namespace
 
 QString appStyleSheet() {
@@ -82,7 +117,7 @@ QString appStyleSheet() {
         QComboBox { padding-right: 26px; }
         QComboBox::drop-down { border: none; width: 24px; subcontrol-position: center right; }
         QComboBox::down-arrow { image: url(:/icons/chevron-down.png); width: 16px; height: 16px; }
-    )") + cmeStyleSheet() + profileAndSettingsStyle();
+    )") + cmeStyleSheet() + profileAndSettingsStyle() + licensesStyleSheet();
 }
 
 QColor goodColor() { return QColor(0x1f, 0x8a, 0x5b); }

@@ -66,4 +66,10 @@ bool isPracticeCritical(CredentialKind kind) { return info(kind).practiceCritica
 std::optional<int> typicalYears(CredentialKind kind) { return positive(info(kind).typicalYears); }
 std::optional<int> typicalDays(CredentialKind kind) { return positive(info(kind).typicalDays); }
 
+std::optional<Day> proposedExpiry(CredentialKind kind, const Day& issuedOn) {
+    if (const auto days = typicalDays(kind)) return issuedOn.addingDays(*days);
+    if (const auto years = typicalYears(kind)) return issuedOn.addingYears(*years);
+    return std::nullopt;
+}
+
 }  // namespace corvale

@@ -1,5 +1,7 @@
 #pragma once
 
+#include "records/Day.h"
+
 #include <optional>
 #include <span>
 #include <string_view>
@@ -42,5 +44,8 @@ bool isPracticeCritical(CredentialKind kind);
 // Usual validity, used to propose an expiry from an issue date; typicalDays wins where set.
 std::optional<int> typicalYears(CredentialKind kind);
 std::optional<int> typicalDays(CredentialKind kind);
+// The expiry a credential of this kind issued on `issuedOn` usually has; absent
+// for kinds with no usual validity (board certifications, exams).
+std::optional<Day> proposedExpiry(CredentialKind kind, const Day& issuedOn);
 
 }  // namespace corvale

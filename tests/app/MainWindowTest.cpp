@@ -1,6 +1,8 @@
 #include "AppTestSupport.h"
 #include "app/ActivityEditor.h"
 #include "app/CMEPage.h"
+#include "app/CredentialEditor.h"
+#include "app/LicensesPage.h"
 #include "app/LockPage.h"
 #include "app/MainWindow.h"
 #include "app/OnboardingPage.h"
@@ -363,8 +365,8 @@ private slots:
         screenshot(window, "window-today");
 
         // Every screen by keyboard, in sidebar order, each photographed in the whole window.
-        const QStringList names{QStringLiteral("today"), QStringLiteral("cme"), QStringLiteral("profile"),
-                                QStringLiteral("settings")};
+        const QStringList names{QStringLiteral("today"), QStringLiteral("licenses"), QStringLiteral("cme"),
+                                QStringLiteral("profile"), QStringLiteral("settings")};
         for (int row = 0; row < names.size(); ++row) {
             QTest::keyClick(&window, static_cast<Qt::Key>(Qt::Key_1 + row), Qt::ControlModifier);
             QCOMPARE(window.pageName(), names[row]);
@@ -382,6 +384,17 @@ private slots:
         QVERIFY(window.cmePage()->editor()->isVisible());
         // Every gap in the sample office leaves a topic open, and those come ticked.
         QVERIFY(!window.cmePage()->editor()->tickedTopics().isEmpty());
+
+        // "Renew" opens the licence's editor with a renewal proposed.
+        QTest::keyClick(&window, Qt::Key_1, Qt::ControlModifier);
+        QAbstractButton* renew = nullptr;
+        for (auto* candidate : window.todayPage()->findChildren<QAbstractButton*>())
+            if (candidate->accessibleName() == QStringLiteral("Renew: Texas license expires in 23 days")) renew = candidate;
+        QVERIFY(renew);
+        QTest::mouseClick(renew, Qt::LeftButton);
+        QCOMPARE(window.pageName(), QStringLiteral("licenses"));
+        QVERIFY(window.licensesPage()->editor()->isVisible());
+        screenshot(window, "window-licenses-renew");
     }
 };
 

@@ -44,6 +44,18 @@ TEST(CredentialKind, ListsInPickerOrderWithTheRenewalProperties) {
     EXPECT_EQ(credentialKindFromRaw("telehealthPermit"), std::nullopt);
 }
 
+TEST(CredentialKind, ProposesAnExpiryFromTheIssueDate) {
+    const Day issued{2024, 2, 29};
+    EXPECT_EQ(proposedExpiry(CredentialKind::bls, issued), (Day{2026, 2, 28}));  // no Feb 29 two years on
+    EXPECT_EQ(proposedExpiry(CredentialKind::dea, Day{2025, 1, 31}), (Day{2028, 1, 31}));
+    EXPECT_EQ(proposedExpiry(CredentialKind::atls, Day{2025, 6, 15}), (Day{2029, 6, 15}));
+    // Day counts win over the year they round to.
+    EXPECT_EQ(proposedExpiry(CredentialKind::caqh, Day{2026, 11, 22}), (Day{2027, 3, 22}));
+    EXPECT_EQ(proposedExpiry(CredentialKind::imlcLOQ, issued), (Day{2025, 2, 28}));
+    EXPECT_EQ(proposedExpiry(CredentialKind::boardCertification, issued), std::nullopt);
+    EXPECT_EQ(proposedExpiry(CredentialKind::exam, issued), std::nullopt);
+}
+
 TEST(Degree, RawTextDiffersFromCaseNames) {
     EXPECT_EQ(rawValue(Degree::doctor), "DO");
     EXPECT_EQ(degreeFromRaw("DO"), Degree::doctor);

@@ -1,0 +1,644 @@
+#include "AppTestSupport.h"
+#include "app/CredentialEditor.h"
+#include "app/CredentialListModel.h"
+#include "app/LicensesPage.h"
+#include "app/Theme.h"
+
+#include <QAbstractItemView>
+#include <QApplication>
+#include <QCheckBox>
+#include <QFileDialog>
+#include <QLabel>
+#include <QListView>
+#include <QPlainTextEdit>
+#include <QPushButton>
+#include <QScrollArea>
+#include <QSignalSpy>
+#include <QStandardItemModel>
+#include <QTemporaryDir>
+#include <QTreeView>
+#include <QVBoxLayout>
+
+#include <algorithm>
+#include <functional>
+
+namespace corvale::app {
+
+using namespace std::chrono_literals;
+using testing::named;
+using testing::OpenVault;
+
+namespace {
+
+struct ListedRow {
+    QString group;
+    QString name;
+    QString person;
+    QString daysLeft;
+    QString status;
+    QString id;
+    QColor color;
+};
+
+// What the list shows, group by group, in the order the view shows it.
+std::vector<ListedRow> listed(const LicensesPage& page) {
+    const QAbstractItemModel* model = page.view()->model();
+    std::vector<ListedRow> rows;
+    for (int g = 0; g < model->rowCount(); ++g) {
+        const QModelIndex group = model->index(g, 0);
+        for (int r = 0; r < model->rowCount(group); ++r) {
+            const auto cell = [&](int column, int role = Qt::DisplayRole) {
+                return model->index(r, column, group).data(role);
+            };
+            rows.push_back({group.data().toString(), cell(CredentialListModel::NameColumn).toString(),
+                            cell(CredentialListModel::PersonColumn).toString(),
+                            cell(CredentialListModel::DaysLeftColumn).toString(),
+                            cell(CredentialListModel::StatusColumn).toString(),
+                            cell(0, CredentialListModel::IdRole).toString(),
+                            cell(CredentialListModel::DaysLeftColumn, Qt::ForegroundRole).value<QColor>()});
+        }
+    }
+    return rows;
+}
+
+QStringList groupTitles(const LicensesPage& page) {
+    const QAbstractItemModel* model = page.view()->model();
+    QStringList titles;
+    for (int g = 0; g < model->rowCount(); ++g) titles << model->index(g, 0).data().toString();
+    return titles;
+}
+
+const ListedRow* rowNamed(const std::vector<ListedRow>& rows, const QString& name, const QString& person = {}) {
+    const auto found = std::find_if(rows.begin(), rows.end(), [&](const ListedRow& row) {
+        return row.name == name && (person.isEmpty() || row.person == person);
+    });
+    return found == rows.end() ? nullptr : &*found;
+}
+
+const Credential* credential(const VaultStore& store, const std::function<bool(const Credential&)>& wanted) {
+    const auto& all = store.doc().credentials;
+    const auto found = std::find_if(all.begin(), all.end(), wanted);
+    return found == all.end() ? nullptr : &*found;
+}
+
+const Credential* byId(const VaultStore& store, const QString& id) {
+    return credential(store, [&](const Credential& c) { return c.id == id.toStdString(); });
+}
+
+QString idOf(const VaultStore& store, const std::string& kind, std::optional<std::string> state = {},
+             std::optional<std::string> number = {}) {
+    const Credential* found = credential(store, [&](const Credential& c) {
+        return !c.deleted && c.kind == kind && (!state || c.state == state) && (!number || c.number == number);
+    });
+    return found ? QString::fromStdString(found->id) : QString();
+}
+
+void setText(CredentialEditor& editor, const QString& field, const QString& value) {
+    auto* edit = named<QLineEdit>(editor, field);
+    QVERIFY2(edit, qPrintable(QStringLiteral("no field ") + field));
+    edit->setText(value);
+}
+
+void choose(QWidget& root, const QString& field, const QString& data) {
+    auto* box = named<QComboBox>(root, field);
+    QVERIFY2(box, qPrintable(QStringLiteral("no list ") + field));
+    box->setCurrentIndex(box->findData(data));
+    QVERIFY2(box->currentIndex() >= 0, qPrintable(data));
+}
+
+bool shown(CredentialEditor& editor, const QString& field) {
+    auto* widget = named<QWidget>(editor, field);
+    return widget && widget->isVisibleTo(&editor);
+}
+
+Timestamp now(OpenVault& vault) { return Timestamp::now(vault.device.clock); }
+
+}  // namespace
+
+class LicensesPageTest : public QObject {
+    Q_OBJECT
+
+private slots:
+    void listsLiveCredentialsInScopeByStatusKindAndPerson() {
+        OpenVault vault;
+        testing::fillSampleOffice(vault.store);
+        const QString acls = idOf(vault.store, "acls");
+        QVERIFY(vault.store
+                    .change([&](VaultDocument& doc) {
+                        for (auto& c : doc.credentials)
+                            if (c.id == acls.toStdString()) c.deleted = true;
+                    })
+                    .ok());
+        LicensesPage page(vault.context);
+        page.reload();
+
+        QCOMPARE(groupTitles(page), (QStringList{"Expired · 1", "Due within 90 days · 5", "Current · 4"}));
+        auto rows = listed(page);
+        QCOMPARE(rows.size(), std::size_t{10});
+        QVERIFY(!rowNamed(rows, "ACLS card"));
+
+        // At the fixed date, 2026-11-22.
+        const ListedRow* bls = rowNamed(rows, "BLS card", "Maya Chen");
+        QVERIFY(bls);
+        QCOMPARE(bls->group, QStringLiteral("Due within 90 days · 5"));
+        QCOMPARE(bls->daysLeft, QStringLiteral("in 39 days"));
+        QCOMPARE(bls->status, QStringLiteral("Renew soon"));
+        QCOMPARE(bls->color, warnColor());
+        const ListedRow* lapsed = rowNamed(rows, "BLS card", "Jordan Reyes");
+        QVERIFY(lapsed);
+        QCOMPARE(lapsed->group, QStringLiteral("Expired · 1"));
+        QCOMPARE(lapsed->daysLeft, QStringLiteral("expired 418 days ago"));
+        QCOMPARE(lapsed->status, QStringLiteral("Expired"));
+        QCOMPARE(lapsed->color, alertColor());
+        const ListedRow* nurseLicence = rowNamed(rows, "Texas license", "Jordan Reyes");
+        QVERIFY(nurseLicence);
+        QCOMPARE(nurseLicence->daysLeft, QStringLiteral("in 23 days"));
+        QCOMPARE(nurseLicence->color, alertColor());
+        const ListedRow* board = rowNamed(rows, "ABIM Internal Medicine");
+        QVERIFY(board);
+        QCOMPARE(board->group, QStringLiteral("Current · 4"));
+        QCOMPARE(board->color, goodColor());
+        // The California renewal is being gathered, and the list says so.
+        QCOMPARE(rowNamed(rows, "California license")->status, QStringLiteral("Renewal started"));
+
+        // Sorted by days left inside each group, both ways; the groups keep their order.
+        auto* tree = qobject_cast<QTreeView*>(page.view());
+        QVERIFY(tree);
+        QStringList ascending, descending;
+        for (const auto& row : listed(page))
+            if (row.group.startsWith("Due")) ascending << row.daysLeft;
+        QCOMPARE(ascending, (QStringList{"in 23 days", "in 39 days", "in 40 days", "in 70 days", "in 70 days"}));
+        tree->sortByColumn(CredentialListModel::DaysLeftColumn, Qt::DescendingOrder);
+        QCOMPARE(groupTitles(page), (QStringList{"Expired · 1", "Due within 90 days · 5", "Current · 4"}));
+        for (const auto& row : listed(page))
+            if (row.group.startsWith("Due")) descending << row.daysLeft;
+        std::reverse(descending.begin(), descending.end());
+        QCOMPARE(descending, ascending);
+        tree->sortByColumn(CredentialListModel::NameColumn, Qt::AscendingOrder);
+        QCOMPARE(listed(page).at(1).name, QStringLiteral("BLS card"));
+        QCOMPARE(listed(page).at(2).name, QStringLiteral("California license"));
+
+        auto* grouping = named<QComboBox>(page, "Group by");
+        QVERIFY(grouping);
+        grouping->setCurrentIndex(grouping->findData(static_cast<int>(CredentialListModel::Grouping::person)));
+        QCOMPARE(groupTitles(page), (QStringList{"Maya Chen · 6", "Jordan Reyes · 2", "Priya Natarajan · 2"}));
+        grouping->setCurrentIndex(grouping->findData(static_cast<int>(CredentialListModel::Grouping::kind)));
+        QCOMPARE(groupTitles(page).first(), QStringLiteral("State License · 4"));
+        QCOMPARE(groupTitles(page).size(), 5);  // licences, DEA, board, BLS, malpractice
+
+        auto* search = named<QLineEdit>(page, "Search credentials");
+        search->setText("natarajan");
+        rows = listed(page);
+        QCOMPARE(rows.size(), std::size_t{2});
+        QVERIFY(
+            std::all_of(rows.begin(), rows.end(), [](const ListedRow& r) { return r.person == "Priya Natarajan"; }));
+        search->setText("RN912");
+        QCOMPARE(listed(page).size(), std::size_t{1});
+        search->setText("tx");
+        QCOMPARE(listed(page).size(), std::size_t{3});  // the three Texas licences, by their state code
+        search->setText("nothing like this");
+        QCOMPARE(page.view()->model()->rowCount(), 0);
+        search->clear();
+
+        // Narrowed to the nurse: her two credentials, and no person column or grouping by person.
+        const std::string nurse = vault.store.doc().people.at(1).id;
+        vault.store.setScopePersonId(nurse);
+        page.reload();
+        rows = listed(page);
+        QCOMPARE(rows.size(), std::size_t{2});
+        QVERIFY(tree->isColumnHidden(CredentialListModel::PersonColumn));
+        QCOMPARE(grouping->findData(static_cast<int>(CredentialListModel::Grouping::person)), -1);
+        vault.store.setScopePersonId(std::nullopt);
+        page.reload();
+        QVERIFY(!tree->isColumnHidden(CredentialListModel::PersonColumn));
+    }
+
+    void anEmptyVaultInvitesTheFirstCredential() {
+        OpenVault vault;
+        testing::fillSampleVault(vault.store);
+        QVERIFY(vault.store
+                    .change([](VaultDocument& doc) {
+                        for (auto& c : doc.credentials) c.deleted = true;
+                    })
+                    .ok());
+        QWidget window;
+        window.setObjectName("appWindow");
+        window.setStyleSheet(appStyleSheet());
+        auto* layout = new QVBoxLayout(&window);
+        layout->setContentsMargins(0, 0, 0, 0);
+        auto* owned = new LicensesPage(vault.context, &window);
+        layout->addWidget(owned);
+        LicensesPage& page = *owned;
+        page.reload();
+        QVERIFY(!page.view()->isVisibleTo(&page));
+        auto* first = testing::button(page, "Add your first credential");
+        QVERIFY(first && first->isVisibleTo(&page));
+        testing::screenshot(window, "licenses-empty");
+        first->click();
+        QVERIFY(page.editor()->isOpen());
+        QVERIFY(page.editor()->credentialId().isEmpty());
+    }
+
+    void theEditorChecksTheStateAndDatesAndProposesAnExpiry() {
+        OpenVault vault;
+        testing::fillSampleVault(vault.store);
+        LicensesPage page(vault.context);
+        page.reload();
+        QSignalSpy changed(&page, &Screen::recordsChanged);
+        QSignalSpy notified(&page, &Screen::notify);
+        const std::size_t before = vault.store.doc().credentials.size();
+        CredentialEditor& editor = *page.editor();
+
+        page.newCredential();
+        choose(editor, "Kind", "stateLicense");
+        setText(editor, "Number", "G99812");
+        QVERIFY(!editor.save());
+        QCOMPARE(editor.errorFor("State"), QStringLiteral("Choose the state that issued this license."));
+        QVERIFY(named<QLabel>(editor, "State error")->isVisibleTo(&editor));
+        QCOMPARE(vault.store.doc().credentials.size(), before);
+        QCOMPARE(changed.count(), 0);
+        choose(editor, "Kind", "stateCSR");
+        QVERIFY(!editor.save());
+        QCOMPARE(editor.errorFor("State"), QStringLiteral("Choose the state that issued this registration."));
+
+        // A card's issue date proposes its usual expiry, two years on for BLS.
+        choose(editor, "Kind", "bls");
+        QVERIFY(!shown(editor, "State"));
+        setText(editor, "Issued on", "2026-11-22");
+        QCOMPARE(editor.proposedExpiry(), QStringLiteral("2028-11-22"));
+        auto* suggestion = named<QPushButton>(editor, "Use proposed expiry");
+        QVERIFY(suggestion->isVisibleTo(&editor));
+        QCOMPARE(suggestion->text(), QStringLiteral("Use Nov 22, 2028"));
+        // ... and CAQH's 120 days rather than a year.
+        choose(editor, "Kind", "caqh");
+        QCOMPARE(editor.proposedExpiry(), QStringLiteral("2027-03-22"));
+        choose(editor, "Kind", "boardCertification");
+        QVERIFY(editor.proposedExpiry().isEmpty());
+        QVERIFY(!suggestion->isVisibleTo(&editor));
+        choose(editor, "Kind", "bls");
+        suggestion->click();
+        QCOMPARE(named<QLineEdit>(editor, "Expires on")->text(), QStringLiteral("2028-11-22"));
+        QVERIFY(!suggestion->isVisibleTo(&editor));
+
+        // Wrong dates and numbers are named beside their fields, and nothing is written.
+        setText(editor, "Issued on", "2026/11/22");
+        setText(editor, "Fee", "forty");
+        QVERIFY(!editor.save());
+        QCOMPARE(editor.errorFor("Issued on"), QStringLiteral("Enter the date as YYYY-MM-DD, such as 2027-01-31."));
+        QCOMPARE(editor.errorFor("Fee"), QStringLiteral("Enter the fee in dollars, such as 280."));
+        setText(editor, "Issued on", "2029-01-01");
+        setText(editor, "Fee", "$45");
+        QVERIFY(!editor.save());
+        QVERIFY(editor.errorFor("Issued on").isEmpty());
+        QCOMPARE(editor.errorFor("Expires on"),
+                 QStringLiteral("This date comes before the issue date, so check both dates."));
+        QCOMPARE(vault.store.doc().credentials.size(), before);
+
+        setText(editor, "Issued on", "2026-11-22");
+        setText(editor, "Renewal URL", "www.heart.org");
+        vault.device.clock.advance(1h);
+        QVERIFY(editor.save());
+        QVERIFY(!editor.isOpen());
+        QCOMPARE(vault.store.doc().credentials.size(), before + 1);
+        const Credential& added = vault.store.doc().credentials.back();
+        QVERIFY(!added.id.empty());
+        QCOMPARE(added.kind, std::string("bls"));
+        QCOMPARE(added.personId, vault.context.currentPerson()->id);
+        QCOMPARE(added.expiresOn, (Day{2028, 11, 22}));
+        QCOMPARE(added.fee, std::optional<double>(45));
+        QCOMPARE(added.renewalURL, std::optional<std::string>("https://www.heart.org"));
+        QCOMPARE(added.state, std::nullopt);
+        QCOMPARE(added.updatedAt, now(vault));
+        QCOMPARE(changed.count(), 1);
+        QCOMPARE(notified.last().at(0).toString(), QStringLiteral("Saved BLS card"));
+        QCOMPARE(page.view()->currentIndex().data(CredentialListModel::IdRole).toString(),
+                 QString::fromStdString(added.id));
+
+        // Renewing early runs the kind's usual validity on from the current expiry, so no time is lost...
+        const QString bls = idOf(vault.store, "bls", std::nullopt, std::string("BLS-88412"));
+        page.renewCredential(bls);
+        QCOMPARE(named<QLineEdit>(editor, "Issued on")->text(), QStringLiteral("2026-11-22"));
+        QCOMPARE(named<QLineEdit>(editor, "Expires on")->text(), QStringLiteral("2028-12-31"));
+        editor.cancel();
+        // ...and once it has lapsed, from today.
+        QVERIFY(vault.store.change([&](VaultDocument& doc) {
+            for (auto& c : doc.credentials)
+                if (c.id == bls.toStdString()) c.expiresOn = Day{2026, 10, 1};
+        }).ok());
+        page.reload();
+        page.renewCredential(bls);
+        QCOMPARE(named<QLineEdit>(editor, "Expires on")->text(), QStringLiteral("2028-11-22"));
+        QVERIFY(editor.save());
+        QCOMPARE(byId(vault.store, bls)->expiresOn, (Day{2028, 11, 22}));
+        QCOMPARE(notified.last().at(0).toString(), QStringLiteral("Recorded the renewal of BLS card"));
+
+        // Escape-like cancel leaves the record as it was.
+        page.editCredential(bls);
+        setText(editor, "Number", "CHANGED");
+        editor.cancel();
+        QCOMPARE(byId(vault.store, bls)->number, std::optional<std::string>("BLS-88412"));
+    }
+
+    void kindFieldsRoundTripIntoTheDocument() {
+        OpenVault vault;
+        testing::fillSampleOffice(vault.store);
+        LicensesPage page(vault.context);
+        page.reload();
+        CredentialEditor& editor = *page.editor();
+
+        const QString dea = idOf(vault.store, "dea", std::nullopt, std::string("FC3829147"));
+        page.editCredential(dea);
+        QVERIFY(shown(editor, "Schedule 2N"));
+        QVERIFY(!shown(editor, "Carrier"));
+        QVERIFY(named<QCheckBox>(editor, "Schedule 2N")->isChecked());
+        named<QCheckBox>(editor, "Schedule 2N")->setChecked(false);
+        named<QCheckBox>(editor, "Schedule 3N")->setChecked(false);
+        QVERIFY(editor.save());
+        QCOMPARE(byId(vault.store, dea)->schedules, (std::optional<std::vector<std::string>>({"2", "3", "4", "5"})));
+
+        const QString policy = idOf(vault.store, "malpractice");
+        page.editCredential(policy);
+        QVERIFY(shown(editor, "Carrier"));
+        QVERIFY(!shown(editor, "Schedule 2"));
+        QCOMPARE(named<QLineEdit>(editor, "Policy number")->text(), QStringLiteral("LSM-2026-11873"));
+        setText(editor, "Carrier", "Texas Medical Liability Trust");
+        setText(editor, "Limits", "$2M / $4M");
+        named<QComboBox>(editor, "Coverage type")->setCurrentText("Occurrence");
+        QVERIFY(editor.save());
+        const Credential* saved = byId(vault.store, policy);
+        QCOMPARE(saved->carrier, std::optional<std::string>("Texas Medical Liability Trust"));
+        QCOMPARE(saved->limits, std::optional<std::string>("$2M / $4M"));
+        QCOMPARE(saved->coverageType, std::optional<std::string>("Occurrence"));
+        QCOMPARE(saved->policyNumber, std::optional<std::string>("LSM-2026-11873"));
+
+        // A physician's licence has no Compact; the nurse's has, without the APRN fields.
+        page.editCredential(idOf(vault.store, "stateLicense", std::string("TX"), std::string("R4821")));
+        QVERIFY(!shown(editor, "Compact license"));
+        QVERIFY(shown(editor, "CME cycle start"));
+        const QString nurseLicence = idOf(vault.store, "stateLicense", std::string("TX"), std::string("RN912044"));
+        page.editCredential(nurseLicence);
+        QVERIFY(shown(editor, "Compact license"));
+        QVERIFY(shown(editor, "Home state"));
+        QVERIFY(!shown(editor, "APRN role"));
+        named<QCheckBox>(editor, "Compact license")->setChecked(true);
+        named<QCheckBox>(editor, "Multistate")->setChecked(true);
+        choose(editor, "Home state", "TX");
+        named<QComboBox>(editor, "License type")->setCurrentText("RN");
+        QVERIFY(editor.save());
+        saved = byId(vault.store, nurseLicence);
+        QVERIFY(saved->isCompact);
+        QCOMPARE(saved->multistate, std::optional<bool>(true));
+        QCOMPARE(saved->homeState, std::optional<std::string>("TX"));
+        QCOMPARE(saved->licenseType, std::optional<std::string>("RN"));
+        QCOMPARE(saved->aprnRole, std::nullopt);
+
+        // The same licence moved to the PA loses the nurse's fields from view.
+        page.editCredential(nurseLicence);
+        choose(editor, "Person", QString::fromStdString(vault.store.doc().people.at(2).id));
+        QVERIFY(!shown(editor, "Compact license"));
+    }
+
+    void renewalChecklistEditsSaveAndUnknownFieldsSurvive() {
+        OpenVault vault;
+        testing::fillSampleVault(vault.store);
+        const QString ca = idOf(vault.store, "stateLicense", std::string("CA"));
+        const Timestamp opened = now(vault);
+        QVERIFY(vault.store
+                    .change([&](VaultDocument& doc) {
+                        for (auto& c : doc.credentials) {
+                            if (c.id != ca.toStdString()) continue;
+                            c.extra["boardPortalId"] = JSONValue(std::string("MBC-4471"));
+                            c.programId = "mbc-renewal";
+                            c.cycleMonths = 24;
+                        }
+                        Credential permit;
+                        permit.id = "permit-1";
+                        permit.personId = doc.people.at(0).id;
+                        permit.kind = "telehealthPermit";
+                        permit.number = "TP-1";
+                        permit.extra["issuingPortal"] = JSONValue(std::string("interstate"));
+                        doc.credentials.push_back(permit);
+                    })
+                    .ok());
+        LicensesPage page(vault.context);
+        page.reload();
+        CredentialEditor& editor = *page.editor();
+
+        page.editCredential(ca);
+        auto* checklist = named<QListView>(editor, "Renewal checklist");
+        QVERIFY(checklist);
+        auto* steps = qobject_cast<QStandardItemModel*>(checklist->model());
+        QCOMPARE(steps->rowCount(), 3);
+        steps->item(1)->setCheckState(Qt::Checked);            // tick
+        steps->item(2)->setText("Send the workforce survey");  // rename
+        checklist->setCurrentIndex(steps->index(0, 0));
+        testing::button(editor, "Remove step")->click();  // remove
+        setText(editor, "New step", "Upload fingerprints");
+        testing::button(editor, "Add step")->click();  // add
+        choose(editor, "Renewal stage", "submitted");
+
+        // A wrong cycle month or hour count stops the save.
+        setText(editor, "CME cycle start", "2025-13");
+        setText(editor, "CME hours override", "-5");
+        QVERIFY(!editor.save());
+        QCOMPARE(editor.errorFor("CME cycle start"),
+                 QStringLiteral("Enter the month the education cycle starts as YYYY-MM, such as 2025-02."));
+        QCOMPARE(editor.errorFor("CME hours override"),
+                 QStringLiteral("Enter the hours required as a number above zero, such as 50."));
+        QCOMPARE(byId(vault.store, ca)->renewalSteps->size(), std::size_t{3});
+        setText(editor, "CME cycle start", "2025-02");
+        setText(editor, "CME hours override", "50");
+
+        vault.device.clock.advance(5min);
+        QVERIFY(editor.save());
+        const Credential* saved = byId(vault.store, ca);
+        QCOMPARE(saved->renewalSteps->size(), std::size_t{3});
+        QCOMPARE(saved->renewalSteps->at(0), (RenewalStep{"cme", "Finish the CME hours", true}));
+        QCOMPARE(saved->renewalSteps->at(1), (RenewalStep{"survey", "Send the workforce survey", false}));
+        QCOMPARE(saved->renewalSteps->at(2).title, std::string("Upload fingerprints"));
+        QVERIFY(!saved->renewalSteps->at(2).id.empty());
+        QCOMPARE(saved->renewalStage, std::optional<std::string>("submitted"));
+        QCOMPARE(saved->cmeCycleStart, std::optional<std::string>("2025-02"));
+        QCOMPARE(saved->cmeHoursOverride, std::optional<double>(50));
+        QVERIFY(saved->updatedAt > opened);
+        QCOMPARE(saved->updatedAt, now(vault));
+        // What the editor does not show is left as it was.
+        QCOMPARE(saved->extra.at("boardPortalId"), JSONValue(std::string("MBC-4471")));
+        QCOMPARE(saved->programId, std::optional<std::string>("mbc-renewal"));
+        QCOMPARE(saved->cycleMonths, std::optional<int>(24));
+        QCOMPARE(saved->renewalURL, std::nullopt);
+
+        // An unknown kind keeps its text through an edit.
+        page.editCredential("permit-1");
+        QCOMPARE(named<QComboBox>(editor, "Kind")->currentData().toString(), QStringLiteral("telehealthPermit"));
+        setText(editor, "Number", "TP-2");
+        QVERIFY(editor.save());
+        const Credential* permit = byId(vault.store, "permit-1");
+        QCOMPARE(permit->kind, std::string("telehealthPermit"));
+        QCOMPARE(permit->number, std::optional<std::string>("TP-2"));
+        QCOMPARE(permit->extra.at("issuingPortal"), JSONValue(std::string("interstate")));
+    }
+
+    void attachesFilesAndDeletesWithUndo() {
+        OpenVault vault;
+        testing::fillSampleVault(vault.store);
+        LicensesPage page(vault.context);
+        page.reload();
+        CredentialEditor& editor = *page.editor();
+        QTemporaryDir folder;
+        QVERIFY(folder.isValid());
+        const QString path = folder.filePath("tx-license.pdf");
+        const QByteArray bytes = "%PDF-1.4\n1 0 obj << /Type /Catalog >> endobj\n%%EOF\n";
+        {
+            QFile file(path);
+            QVERIFY(file.open(QIODevice::WriteOnly));
+            file.write(bytes);
+        }
+
+        const QString tx = idOf(vault.store, "stateLicense", std::string("TX"));
+        const std::size_t before = vault.store.doc().documents.size();
+        page.editCredential(tx);
+        QVERIFY(editor.attachFile(path));
+        const auto& documents = vault.store.doc().documents;
+        QCOMPARE(documents.size(), before + 1);
+        const DocumentRecord& document = documents.back();
+        QCOMPARE(document.filename, std::string("tx-license.pdf"));
+        QCOMPARE(document.contentType, std::string("application/pdf"));
+        QCOMPARE(document.kind, std::optional<std::string>("license"));
+        QCOMPARE(document.personId, byId(vault.store, tx)->personId);
+        QCOMPARE(document.size, std::int64_t{bytes.size()});
+        // Attached at once, before any save.
+        QCOMPARE(byId(vault.store, tx)->documentIds, (std::vector<std::string>{document.id}));
+        const auto copy = vault.store.temporaryFile(document.id);
+        QVERIFY(copy.ok());
+        // Plain copies go to the real disk, where a viewer can open them.
+        QFile plain(QString::fromStdString(copy->string()));
+        QVERIFY(plain.open(QIODevice::ReadOnly));
+        QCOMPARE(plain.readAll(), bytes);
+        QVERIFY(vault.store.clearTemporaryFiles().ok());
+        auto* list = named<QListView>(editor, "Documents");
+        QCOMPARE(list->model()->index(0, 0).data().toString(), QStringLiteral("tx-license.pdf"));
+
+        QVERIFY(!editor.attachFile(folder.filePath("missing.pdf")));
+        QCOMPARE(editor.errorFor("Documents"),
+                 QStringLiteral("missing.pdf couldn't be read, so nothing was attached."));
+        QCOMPARE(vault.store.doc().documents.size(), before + 1);
+
+        // Saving afterwards keeps the attachment; Remove detaches it but keeps the file.
+        QVERIFY(editor.save());
+        QCOMPARE(byId(vault.store, tx)->documentIds.size(), std::size_t{1});
+        page.editCredential(tx);
+        testing::button(editor, "Remove document")->click();
+        QVERIFY(byId(vault.store, tx)->documentIds.empty());
+        QVERIFY(!vault.store.doc().documents.at(before).deleted);
+        editor.cancel();
+
+        // Through the file dialog, as Today's fix button does it.
+        page.attachTo(tx);
+        auto* dialog = editor.findChild<QFileDialog*>();
+        QVERIFY(dialog);
+        dialog->selectFile(path);
+        static_cast<QDialog*>(dialog)->accept();  // accept() is protected on QFileDialog itself
+        QCOMPARE(byId(vault.store, tx)->documentIds.size(), std::size_t{1});
+        editor.cancel();
+
+        // A file attached to a credential that is never saved goes with it.
+        page.newCredential();
+        QVERIFY(editor.attachFile(path));
+        const std::string orphan = vault.store.doc().documents.back().id;
+        editor.cancel();
+        QVERIFY(vault.store.doc().documents.back().deleted);
+        QCOMPARE(vault.store.doc().documents.back().id, orphan);
+
+        // Delete from the keyboard, then undo from the bar.
+        const QString bls = idOf(vault.store, "bls");
+        page.show();
+        QVERIFY(QTest::qWaitForWindowExposed(&page));
+        page.activateWindow();
+        QVERIFY(QTest::qWaitForWindowActive(&page));
+        page.editCredential(bls);
+        QTest::keyClick(named<QLineEdit>(editor, "Number"), Qt::Key_Escape);
+        QVERIFY(!editor.isOpen());
+        QVERIFY(page.view()->hasFocus());
+        QCOMPARE(page.view()->currentIndex().data(CredentialListModel::IdRole).toString(), bls);
+        QTest::keyClick(page.view(), Qt::Key_Return);
+        QVERIFY(editor.isOpen());
+        QCOMPARE(editor.credentialId(), bls);
+        setText(editor, "Number", "BLS-90001");
+        QTest::keyClick(named<QLineEdit>(editor, "Number"), Qt::Key_S, Qt::ControlModifier);
+        QVERIFY(!editor.isOpen());
+        QCOMPARE(byId(vault.store, bls)->number, std::optional<std::string>("BLS-90001"));
+        QTest::keyClick(page.view(), Qt::Key_N, Qt::ControlModifier);
+        QVERIFY(editor.isOpen());
+        QVERIFY(editor.credentialId().isEmpty());
+        QTest::keyClick(named<QComboBox>(editor, "Kind"), Qt::Key_Escape);
+        QVERIFY(!editor.isOpen());
+        page.view()->setFocus();
+        vault.device.clock.advance(1min);
+        QSignalSpy changed(&page, &Screen::recordsChanged);
+        QTest::keyClick(page.view(), Qt::Key_Delete);
+        QVERIFY(byId(vault.store, bls)->deleted);
+        QCOMPARE(byId(vault.store, bls)->updatedAt, now(vault));
+        QVERIFY(!rowNamed(listed(page), "BLS card"));
+        QCOMPARE(changed.count(), 1);
+        auto* undo = testing::button(page, "Undo");
+        QVERIFY(undo && undo->isVisible());
+        QCOMPARE(named<QLabel>(page, "Summary")->text(), QStringLiteral("6 credentials · 3 due within 90 days"));
+        const auto deletedLabel = page.findChildren<QLabel*>();
+        QVERIFY(std::any_of(deletedLabel.begin(), deletedLabel.end(),
+                            [](const QLabel* l) { return l->isVisible() && l->text() == "Deleted BLS card."; }));
+        vault.device.clock.advance(1min);
+        undo->click();
+        QVERIFY(!byId(vault.store, bls)->deleted);
+        QCOMPARE(byId(vault.store, bls)->updatedAt, now(vault));
+        QVERIFY(rowNamed(listed(page), "BLS card"));
+        QVERIFY(!undo->isVisible());
+        QCOMPARE(changed.count(), 2);
+    }
+
+    void screenshotsInLightAndDark() {
+        for (const bool dark : {false, true}) {
+            OpenVault vault;
+            testing::fillSampleOffice(vault.store);
+            QWidget window;
+            window.setObjectName("appWindow");
+            const QPalette system = QApplication::palette();
+            if (dark) {
+                QPalette palette;
+                palette.setColor(QPalette::Window, QColor(0x1e, 0x20, 0x24));
+                palette.setColor(QPalette::Base, QColor(0x27, 0x2a, 0x30));
+                palette.setColor(QPalette::AlternateBase, QColor(0x2d, 0x31, 0x37));
+                palette.setColor(QPalette::Text, QColor(0xe6, 0xe8, 0xeb));
+                palette.setColor(QPalette::WindowText, QColor(0xe6, 0xe8, 0xeb));
+                palette.setColor(QPalette::ButtonText, QColor(0xe6, 0xe8, 0xeb));
+                palette.setColor(QPalette::Button, QColor(0x33, 0x37, 0x3e));
+                palette.setColor(QPalette::Mid, QColor(0x4a, 0x4f, 0x57));
+                palette.setColor(QPalette::Midlight, QColor(0x3a, 0x3e, 0x45));
+                palette.setColor(QPalette::PlaceholderText, QColor(0x8a, 0x90, 0x99));
+                palette.setColor(QPalette::Highlight, QColor(0x2b, 0x6f, 0x97));
+                palette.setColor(QPalette::HighlightedText, Qt::white);
+                QApplication::setPalette(palette);  // as the desktop's dark appearance arrives
+            }
+            window.setStyleSheet(appStyleSheet());
+            auto* page = new LicensesPage(vault.context, &window);
+            auto* layout = new QVBoxLayout(&window);
+            layout->setContentsMargins(0, 0, 0, 0);
+            layout->addWidget(page);
+            page->reload();
+            page->editCredential(idOf(vault.store, "stateLicense", std::string("CA")));
+            QVERIFY(page->editor()->isOpen());
+            testing::screenshot(window, dark ? "licenses-dark" : "licenses");
+            if (!dark) {
+                auto* scroll = page->editor()->findChild<QScrollArea*>();
+                scroll->ensureWidgetVisible(named<QListView>(*page->editor(), "Renewal checklist"), 0, 160);
+                testing::screenshot(window, "licenses-renewal");
+            }
+            QApplication::setPalette(system);
+        }
+    }
+};
+
+}  // namespace corvale::app
+
+QTEST_MAIN(corvale::app::LicensesPageTest)
+#include "LicensesPageTest.moc"
