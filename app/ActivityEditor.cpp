@@ -2,6 +2,7 @@
 
 #include "app/AppContext.h"
 #include "app/CMECategories.h"
+#include "app/FormParts.h"
 #include "app/Theme.h"
 #include "platform/Clock.h"
 #include "records/RecordEnums.h"
@@ -90,12 +91,6 @@ FieldColumn field(const QString& caption, QWidget* input, QWidget* parent, bool 
     return {layout, error};
 }
 
-QLineEdit* lineEdit(const QString& accessibleName, const QString& placeholder, QWidget* parent) {
-    auto* edit = new QLineEdit(parent);
-    edit->setAccessibleName(accessibleName);
-    edit->setPlaceholderText(placeholder);
-    return edit;
-}
 
 }  // namespace
 

@@ -14,6 +14,7 @@
 #include "requirements/USState.h"
 #include "vault/VaultStore.h"
 
+#include "app/FormParts.h"
 #include "app/Theme.h"
 
 #include <QCheckBox>
@@ -169,12 +170,6 @@ QComboBox* editableCombo(const QStringList& suggestions, const QString& accessib
     return box;
 }
 
-QLineEdit* lineEdit(const QString& accessibleName, const QString& placeholder, QWidget* parent) {
-    auto* edit = new QLineEdit(parent);
-    edit->setAccessibleName(accessibleName);
-    edit->setPlaceholderText(placeholder);
-    return edit;
-}
 
 }  // namespace
 

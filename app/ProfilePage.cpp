@@ -1,6 +1,7 @@
 #include "app/ProfilePage.h"
 
 #include "app/AppContext.h"
+#include "app/FormParts.h"
 #include "app/Theme.h"
 #include "platform/Clock.h"
 #include "records/CredentialKind.h"
@@ -103,40 +104,9 @@ QString kindName(const std::string& raw) {
     return text(raw);
 }
 
-QLineEdit* lineEdit(const QString& accessibleName, const QString& placeholder, QWidget* parent) {
-    auto* field = new QLineEdit(parent);
-    field->setAccessibleName(accessibleName);
-    field->setPlaceholderText(placeholder);
-    return field;
-}
 
-QLabel* errorLabel(const QString& accessibleName, QWidget* parent) {
-    QLabel* label = makeLabel(QString(), "error", parent);
-    label->setAccessibleName(accessibleName);
-    label->setVisible(false);
-    return label;
-}
 
-void showMessage(QLabel* label, const QString& message) {
-    label->setText(message);
-    label->setVisible(!message.isEmpty());
-}
 
-QFrame* card(const QString& heading, const QString& caption, QWidget* parent, QVBoxLayout*& body) {
-    auto* frame = new QFrame(parent);
-    frame->setObjectName(QStringLiteral("card"));
-    body = new QVBoxLayout(frame);
-    body->setContentsMargins(24, 20, 24, 22);
-    body->setSpacing(12);
-    auto* title = makeLabel(heading, "sectionTitle", frame);
-    scaleFont(title, 1.15, QFont::DemiBold);
-    body->addWidget(title);
-    if (!caption.isEmpty()) {
-        auto* words = makeLabel(caption, "caption", frame);
-        body->addWidget(words);
-    }
-    return frame;
-}
 
 // A field with its label above and room for a problem below, as one grid cell.
 QWidget* cell(const QString& label, QWidget* field, QWidget* parent, QLabel* error = nullptr,

@@ -2,6 +2,7 @@
 
 #include "app/AppContext.h"
 #include "app/LongTask.h"
+#include "app/FormParts.h"
 #include "app/Theme.h"
 #include "platform/Clock.h"
 #include "records/Degree.h"
@@ -93,30 +94,8 @@ QString idleText(int minutes) {
     return QObject::tr("After %1 minutes").arg(minutes);
 }
 
-QLabel* errorLabel(const QString& accessibleName, QWidget* parent) {
-    QLabel* label = makeLabel(QString(), "error", parent);
-    label->setAccessibleName(accessibleName);
-    label->setVisible(false);
-    return label;
-}
 
-void showMessage(QLabel* label, const QString& message) {
-    label->setText(message);
-    label->setVisible(!message.isEmpty());
-}
 
-QFrame* card(const QString& heading, const QString& caption, QWidget* parent, QVBoxLayout*& body) {
-    auto* frame = new QFrame(parent);
-    frame->setObjectName(QStringLiteral("card"));
-    body = new QVBoxLayout(frame);
-    body->setContentsMargins(24, 20, 24, 22);
-    body->setSpacing(10);
-    auto* title = makeLabel(heading, "sectionTitle", frame);
-    scaleFont(title, 1.15, QFont::DemiBold);
-    body->addWidget(title);
-    if (!caption.isEmpty()) body->addWidget(makeLabel(caption, "caption", frame));
-    return frame;
-}
 
 QFrame* inset(QWidget* parent) {
     auto* frame = new QFrame(parent);

@@ -1,0 +1,44 @@
+#include "app/FormParts.h"
+
+#include "app/Theme.h"
+
+#include <QFrame>
+#include <QLabel>
+#include <QLineEdit>
+#include <QVBoxLayout>
+
+namespace corvale::app {
+
+QLineEdit* lineEdit(const QString& accessibleName, const QString& placeholder, QWidget* parent) {
+    auto* edit = new QLineEdit(parent);
+    edit->setAccessibleName(accessibleName);
+    edit->setPlaceholderText(placeholder);
+    return edit;
+}
+
+QLabel* errorLabel(const QString& accessibleName, QWidget* parent) {
+    QLabel* label = makeLabel(QString(), "error", parent);
+    label->setAccessibleName(accessibleName);
+    label->setVisible(false);
+    return label;
+}
+
+void showMessage(QLabel* label, const QString& message) {
+    label->setText(message);
+    label->setVisible(!message.isEmpty());
+}
+
+QFrame* card(const QString& heading, const QString& caption, QWidget* parent, QVBoxLayout*& body) {
+    auto* frame = new QFrame(parent);
+    frame->setObjectName(QStringLiteral("card"));
+    body = new QVBoxLayout(frame);
+    body->setContentsMargins(24, 20, 24, 22);
+    body->setSpacing(12);
+    auto* title = makeLabel(heading, "sectionTitle", frame);
+    scaleFont(title, 1.15, QFont::DemiBold);
+    body->addWidget(title);
+    if (!caption.isEmpty()) body->addWidget(makeLabel(caption, "caption", frame));
+    return frame;
+}
+
+}  // namespace corvale::app

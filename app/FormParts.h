@@ -1,0 +1,25 @@
+#pragma once
+// The small pieces every form and card in the app is built from, so the
+// screens look and read alike.
+
+#include <QString>
+
+class QFrame;
+class QLabel;
+class QLineEdit;
+class QVBoxLayout;
+class QWidget;
+
+namespace corvale::app {
+
+QLineEdit* lineEdit(const QString& accessibleName, const QString& placeholder, QWidget* parent);
+
+// A problem sentence, hidden until there is one.
+QLabel* errorLabel(const QString& accessibleName, QWidget* parent);
+// Shows the message, or hides the label when it is empty.
+void showMessage(QLabel* label, const QString& message);
+
+// A titled card with an optional caption; `body` receives the layout to fill.
+QFrame* card(const QString& heading, const QString& caption, QWidget* parent, QVBoxLayout*& body);
+
+}  // namespace corvale::app
