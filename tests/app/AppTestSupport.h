@@ -18,6 +18,7 @@
 #include <QAbstractButton>
 #include <QComboBox>
 #include <QDir>
+#include <QLabel>
 #include <QLineEdit>
 #include <QTest>
 #include <QWidget>
@@ -95,6 +96,38 @@ inline QAbstractButton* button(QWidget& root, const QString& text) {
     for (auto* candidate : root.findChildren<QAbstractButton*>())
         if (candidate->text() == text || candidate->accessibleName() == text) return candidate;
     return nullptr;
+}
+
+// The input with that accessible name; a test that names one the screen lacks stops at once.
+inline QLineEdit* field(QWidget& root, const QString& name) {
+    auto* found = named<QLineEdit>(root, name);
+    if (!found) qFatal("no field %s", qPrintable(name));
+    return found;
+}
+
+inline QComboBox* list(QWidget& root, const QString& name) {
+    auto* found = named<QComboBox>(root, name);
+    if (!found) qFatal("no list %s", qPrintable(name));
+    return found;
+}
+
+// The problem a label shows, or nothing while it is hidden.
+inline QString problem(QWidget& root, const QString& name) {
+    auto* label = named<QLabel>(root, name);
+    if (!label) qFatal("no label %s", qPrintable(name));
+    return label->isVisibleTo(&root) ? label->text() : QString();
+}
+
+inline bool canPress(QWidget& root, const QString& name) {
+    QAbstractButton* found = button(root, name);
+    return found && found->isVisibleTo(&root) && found->isEnabled();
+}
+
+// Presses a button the user can see and use; false when they couldn't.
+inline bool press(QWidget& root, const QString& name) {
+    if (!canPress(root, name)) return false;
+    button(root, name)->click();
+    return true;
 }
 
 }  // namespace corvale::app::testing

@@ -20,29 +20,11 @@ namespace corvale::app {
 using namespace std::chrono_literals;
 using testing::named;
 using testing::OpenVault;
+using testing::field;
+using testing::press;
+using testing::problem;
 
 namespace {
-
-QLineEdit* field(QWidget& page, const QString& name) {
-    auto* found = named<QLineEdit>(page, name);
-    if (!found) qFatal("no field %s", qPrintable(name));
-    return found;
-}
-
-// The problem a label shows, or nothing when it is hidden.
-QString problem(QWidget& page, const QString& name) {
-    auto* label = named<QLabel>(page, name);
-    if (!label) qFatal("no label %s", qPrintable(name));
-    return label->isVisibleTo(&page) ? label->text() : QString();
-}
-
-// Presses a button the user can see and use; fails the test otherwise.
-bool press(QWidget& page, const QString& name) {
-    QAbstractButton* found = testing::button(page, name);
-    if (!found || !found->isVisibleTo(&page) || !found->isEnabled()) return false;
-    found->click();
-    return true;
-}
 
 QTableView* table(QWidget& page, const QString& name) {
     auto* view = named<QTableView>(page, name);

@@ -17,38 +17,13 @@ namespace corvale::app {
 using namespace std::chrono_literals;
 using testing::named;
 using testing::OpenVault;
+using testing::canPress;
+using testing::field;
+using testing::list;
+using testing::press;
+using testing::problem;
 
 namespace {
-
-QLineEdit* field(QWidget& page, const QString& name) {
-    auto* found = named<QLineEdit>(page, name);
-    if (!found) qFatal("no field %s", qPrintable(name));
-    return found;
-}
-
-QComboBox* list(QWidget& page, const QString& name) {
-    auto* found = named<QComboBox>(page, name);
-    if (!found) qFatal("no list %s", qPrintable(name));
-    return found;
-}
-
-QString problem(QWidget& page, const QString& name) {
-    auto* label = named<QLabel>(page, name);
-    if (!label) qFatal("no label %s", qPrintable(name));
-    return label->isVisibleTo(&page) ? label->text() : QString();
-}
-
-bool canPress(QWidget& page, const QString& name) {
-    QAbstractButton* found = testing::button(page, name);
-    return found && found->isVisibleTo(&page) && found->isEnabled();
-}
-
-// Presses a button the user can see and use; fails the test otherwise.
-bool press(QWidget& page, const QString& name) {
-    if (!canPress(page, name)) return false;
-    testing::button(page, name)->click();
-    return true;
-}
 
 void typePassphrase(QWidget& page, const QString& subject, const QString& first, const QString& second) {
     field(page, subject + " passphrase")->setText(first);
