@@ -7,6 +7,7 @@
 #ifndef Q_MOC_RUN
 
 #include "app/AppContext.h"
+#include "app/Theme.h"
 #include "platform/Clock.h"
 #include "platform/Scheduler.h"
 #include "platform/linux/PosixFileSystem.h"
@@ -21,6 +22,7 @@
 #include <QLabel>
 #include <QLineEdit>
 #include <QTest>
+#include <QVBoxLayout>
 #include <QWidget>
 
 #include <memory>
@@ -76,6 +78,26 @@ struct OpenVault {
 void fillSampleVault(VaultStore& store);
 // An office: the sample clinician with a nurse and a PA beside her.
 void fillSampleOffice(VaultStore& store);
+
+// A bare window styled as the app's, holding one screen, to drive or photograph it alone.
+class StyledWindow : public QWidget {
+public:
+    StyledWindow() {
+        setObjectName(QStringLiteral("appWindow"));
+        setAttribute(Qt::WA_StyledBackground, true);
+        setStyleSheet(appStyleSheet());
+        m_layout = new QVBoxLayout(this);
+        m_layout->setContentsMargins(0, 0, 0, 0);
+    }
+    template <class Page>
+    Page* hold(Page* page) {
+        m_layout->addWidget(page);
+        return page;
+    }
+
+private:
+    QVBoxLayout* m_layout = nullptr;
+};
 
 inline void screenshot(QWidget& widget, const QString& name) {
     widget.resize(1280, 800);

@@ -541,14 +541,8 @@ private slots:
             OpenVault vault;
             testing::fillSampleVault(vault.store);
             const std::string maya = vault.store.doc().people.at(0).id;
-            QWidget window;
-            window.setObjectName(QStringLiteral("appWindow"));
-            window.setAttribute(Qt::WA_StyledBackground, true);
-            window.setStyleSheet(appStyleSheet());
-            auto* layout = new QVBoxLayout(&window);
-            layout->setContentsMargins(0, 0, 0, 0);
-            auto* page = new CMEPage(vault.context, &window);
-            layout->addWidget(page);
+            testing::StyledWindow window;
+            auto* page = window.hold(new CMEPage(vault.context, &window));
             page->logActivity(QString::fromStdString(licenceId(vault.store.doc(), maya, "TX")));
             fill(*page->editor(), QStringLiteral("Title"), QStringLiteral("Opioid prescribing and pain management"));
             fill(*page->editor(), QStringLiteral("Provider"), QStringLiteral("Texas Medical Association"));
@@ -562,13 +556,8 @@ private slots:
         // An office with everyone in view: whose cycles the cards show, and whose each activity is.
         OpenVault vault;
         testing::fillSampleOffice(vault.store);
-        QWidget window;
-        window.setObjectName(QStringLiteral("appWindow"));
-        window.setAttribute(Qt::WA_StyledBackground, true);
-        window.setStyleSheet(appStyleSheet());
-        auto* layout = new QVBoxLayout(&window);
-        layout->setContentsMargins(0, 0, 0, 0);
-        layout->addWidget(new CMEPage(vault.context, &window));
+        testing::StyledWindow window;
+        window.hold(new CMEPage(vault.context, &window));
         window.resize(1280, 800);
         window.show();
         QVERIFY(QTest::qWaitForWindowExposed(&window));

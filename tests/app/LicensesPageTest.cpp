@@ -221,14 +221,8 @@ private slots:
                         for (auto& c : doc.credentials) c.deleted = true;
                     })
                     .ok());
-        QWidget window;
-        window.setObjectName("appWindow");
-        window.setStyleSheet(appStyleSheet());
-        auto* layout = new QVBoxLayout(&window);
-        layout->setContentsMargins(0, 0, 0, 0);
-        auto* owned = new LicensesPage(vault.context, &window);
-        layout->addWidget(owned);
-        LicensesPage& page = *owned;
+        testing::StyledWindow window;
+        LicensesPage& page = *window.hold(new LicensesPage(vault.context, &window));
         page.reload();
         QVERIFY(!page.view()->isVisibleTo(&page));
         auto* first = testing::button(page, "Add your first credential");

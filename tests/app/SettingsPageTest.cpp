@@ -309,14 +309,8 @@ private slots:
     void screenshotOfTheSampleSettings() {
         OpenVault vault;
         testing::fillSampleVault(vault.store);
-        QWidget window;
-        window.setObjectName(QStringLiteral("appWindow"));
-        window.setAttribute(Qt::WA_StyledBackground, true);
-        window.setStyleSheet(appStyleSheet());
-        auto* layout = new QVBoxLayout(&window);
-        layout->setContentsMargins(0, 0, 0, 0);
-        auto* page = new SettingsPage(vault.context, &window);
-        layout->addWidget(page);
+        testing::StyledWindow window;
+        auto* page = window.hold(new SettingsPage(vault.context, &window));
         window.show();
         window.resize(1280, 800);
         QTest::qWait(20);  // let the layouts settle at the final size before the picture
