@@ -2,6 +2,7 @@
 // Asks the device's owner to prove who they are (password or biometrics).
 
 #include <string>
+#include <vector>
 
 namespace corvale {
 
@@ -21,6 +22,18 @@ public:
 class UnavailableAuthenticator final : public DeviceAuthenticator {
 public:
     AuthenticationResult authenticate(const std::string&) override { return AuthenticationResult::unavailable; }
+};
+
+// For tests: answers as told, and remembers why it was asked.
+class ScriptedAuthenticator final : public DeviceAuthenticator {
+public:
+    explicit ScriptedAuthenticator(AuthenticationResult first = AuthenticationResult::passed) : answer(first) {}
+    AuthenticationResult answer;
+    std::vector<std::string> reasons;
+    AuthenticationResult authenticate(const std::string& reason) override {
+        reasons.push_back(reason);
+        return answer;
+    }
 };
 
 }  // namespace corvale

@@ -33,23 +33,12 @@ namespace corvale::app::testing {
 
 using namespace std::chrono_literals;
 
-// Answers every request for the device owner as told, and remembers why it was asked.
-class ScriptedAuthenticator final : public DeviceAuthenticator {
-public:
-    AuthenticationResult answer = AuthenticationResult::unavailable;
-    std::vector<std::string> reasons;
-    AuthenticationResult authenticate(const std::string& reason) override {
-        reasons.push_back(reason);
-        return answer;
-    }
-};
-
 struct Device {
     InMemoryFileSystem files;
     InMemorySecretStore secrets;
     FixedClock clock{std::chrono::sys_days{std::chrono::year{2026} / 11 / 22} + 12h};
     ManualScheduler scheduler;
-    ScriptedAuthenticator authenticator;
+    ScriptedAuthenticator authenticator{AuthenticationResult::unavailable};
 
     Device() { (void)files.createDirectories("/tmp/corvale-app-test"); }
     VaultStoreSetup setup() {

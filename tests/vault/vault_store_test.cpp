@@ -14,16 +14,6 @@ namespace {
 using namespace std::chrono_literals;
 namespace fs = std::filesystem;
 
-class ScriptedAuthenticator final : public DeviceAuthenticator {
-public:
-    AuthenticationResult answer = AuthenticationResult::passed;
-    std::vector<std::string> reasons;
-    AuthenticationResult authenticate(const std::string& reason) override {
-        reasons.push_back(reason);
-        return answer;
-    }
-};
-
 // One device: its disk, its secret store, its clock and its event loop.
 struct Device {
     InMemoryFileSystem files;
