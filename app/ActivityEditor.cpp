@@ -3,6 +3,7 @@
 #include "app/AppContext.h"
 #include "app/CMECategories.h"
 #include "app/FormParts.h"
+#include "app/StoredFiles.h"
 #include "app/Theme.h"
 #include "platform/Clock.h"
 #include "records/RecordEnums.h"
@@ -13,8 +14,6 @@
 #include <QCheckBox>
 #include <QComboBox>
 #include <QDate>
-#include <QDesktopServices>
-#include <QFile>
 #include <QFileDialog>
 #include <QFileInfo>
 #include <QFrame>
@@ -22,14 +21,12 @@
 #include <QLabel>
 #include <QLineEdit>
 #include <QListView>
-#include <QMimeDatabase>
 #include <QPlainTextEdit>
 #include <QPushButton>
 #include <QRegularExpression>
 #include <QScrollArea>
 #include <QShortcut>
 #include <QStandardItemModel>
-#include <QUrl>
 #include <QVBoxLayout>
 
 #include <algorithm>
@@ -612,27 +609,11 @@ void ActivityEditor::discardAttachments(bool all) {
 
 bool ActivityEditor::attachFile(const QString& path) {
     m_certificateError->hide();
-    QFile file(path);
-    if (!file.open(QIODevice::ReadOnly)) {
-        showError(m_certificateError, tr("%1 couldn't be read, so nothing was attached.").arg(QFileInfo(path).fileName()));
-        return false;
-    }
-    const QByteArray bytes = file.readAll();
-    if (file.error() != QFileDevice::NoError) {
-        showError(m_certificateError, tr("%1 couldn't be read, so nothing was attached.").arg(QFileInfo(path).fileName()));
-        return false;
-    }
-    DocumentRecord record;
-    record.personId = m_person->currentIndex() >= 0 ? m_person->currentData().toString().toStdString()
-                                                    : m_draft->record.personId;
-    record.filename = QFileInfo(path).fileName().toStdString();
-    record.contentType = QMimeDatabase().mimeTypeForFile(path).name().toStdString();
-    record.kind = "cme";
-    const auto added = m_context.store.addDocument(
-        ByteView(reinterpret_cast<const std::uint8_t*>(bytes.constData()), static_cast<std::size_t>(bytes.size())),
-        std::move(record));
+    const std::string personId = m_person->currentIndex() >= 0 ? m_person->currentData().toString().toStdString()
+                                                                : m_draft->record.personId;
+    const auto added = storeFile(m_context.store, path, personId, "cme");
     if (!added) {
-        showError(m_certificateError, qText(added.error().message()));
+        showError(m_certificateError, added.error());
         return false;
     }
     m_draft->record.documentIds.push_back(added->id);
@@ -652,13 +633,8 @@ void ActivityEditor::openCertificate() {
     m_certificateError->hide();
     const QModelIndex current = m_certificatesView->currentIndex();
     if (!current.isValid() || current.data(kKeyRole).toString().isEmpty()) return;
-    const auto path = m_context.store.temporaryFile(current.data(kKeyRole).toString().toStdString());
-    if (!path) {
-        showError(m_certificateError, qText(path.error().message()));
-        return;
-    }
-    if (!QDesktopServices::openUrl(QUrl::fromLocalFile(QString::fromStdString(path->string()))))
-        showError(m_certificateError, tr("No program here opens this kind of file."));
+    if (const auto problem = openStoredDocument(m_context.store, current.data(kKeyRole).toString().toStdString()))
+        showError(m_certificateError, *problem);
 }
 
 void ActivityEditor::removeCertificate() {

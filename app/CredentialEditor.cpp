@@ -15,12 +15,11 @@
 #include "vault/VaultStore.h"
 
 #include "app/FormParts.h"
+#include "app/StoredFiles.h"
 #include "app/Theme.h"
 
 #include <QCheckBox>
 #include <QComboBox>
-#include <QDesktopServices>
-#include <QFile>
 #include <QFileDialog>
 #include <QFileInfo>
 #include <QFormLayout>
@@ -29,7 +28,6 @@
 #include <QLabel>
 #include <QLineEdit>
 #include <QListView>
-#include <QMimeDatabase>
 #include <QPlainTextEdit>
 #include <QPushButton>
 #include <QScrollArea>
@@ -74,28 +72,6 @@ std::optional<double> number(QString value) {
 }
 
 QString numberText(const std::optional<double>& value) { return value ? QString::number(*value, 'g', 12) : QString(); }
-
-DocumentKind documentKindFor(std::optional<CredentialKind> kind) {
-    if (!kind) return DocumentKind::other;
-    switch (*kind) {
-    case CredentialKind::stateLicense:
-        return DocumentKind::license;
-    case CredentialKind::dea:
-        return DocumentKind::dea;
-    case CredentialKind::stateCSR:
-        return DocumentKind::csr;
-    case CredentialKind::imlcLOQ:
-        return DocumentKind::loq;
-    case CredentialKind::bls:
-        return DocumentKind::bls;
-    case CredentialKind::acls:
-        return DocumentKind::acls;
-    case CredentialKind::malpractice:
-        return DocumentKind::malpractice;
-    default:
-        return DocumentKind::other;
-    }
-}
 
 // A state is asked for where a board or a state issues the credential.
 bool offersState(std::optional<CredentialKind> kind) {
@@ -962,23 +938,10 @@ bool CredentialEditor::attachFile(const QString& path) {
     if (!isOpen()) return false;
     if (QLabel* error = m_state->errors.value(tr("Documents"))) error->hide();
     const QString filename = QFileInfo(path).fileName();
-    QFile file(path);
-    if (!file.open(QIODevice::ReadOnly)) {
-        setError(tr("Documents"), tr("%1 couldn't be read, so nothing was attached.").arg(filename));
-        return false;
-    }
-    const QByteArray bytes = file.readAll();
-    DocumentRecord record;
-    record.personId = chosenPersonId().toStdString();
-    record.filename = filename.toStdString();
-    record.contentType = QMimeDatabase().mimeTypeForFile(path).name().toStdString();
-    record.kind =
-        std::string(rawValue(documentKindFor(credentialKindFromRaw(m_kind->currentData().toString().toStdString()))));
-    const auto stored = m_context.store.addDocument(
-        ByteView(reinterpret_cast<const std::uint8_t*>(bytes.constData()), static_cast<std::size_t>(bytes.size())),
-        record);
+    const auto kind = documentKindFor(credentialKindFromRaw(m_kind->currentData().toString().toStdString()));
+    const auto stored = storeFile(m_context.store, path, chosenPersonId().toStdString(), rawValue(kind));
     if (!stored) {
-        setError(tr("Documents"), text(stored.error().message()));
+        setError(tr("Documents"), stored.error());
         return false;
     }
     const std::string id = stored->id;
@@ -1007,12 +970,8 @@ bool CredentialEditor::attachFile(const QString& path) {
 void CredentialEditor::openDocument() {
     const QModelIndex current = m_documentList->currentIndex();
     if (!current.isValid()) return;
-    const auto copy = m_context.store.temporaryFile(current.data(kIdRole).toString().toStdString());
-    if (!copy) {
-        setError(tr("Documents"), text(copy.error().message()));
-        return;
-    }
-    QDesktopServices::openUrl(QUrl::fromLocalFile(QString::fromStdString(copy->string())));
+    if (const auto problem = openStoredDocument(m_context.store, current.data(kIdRole).toString().toStdString()))
+        setError(tr("Documents"), *problem);
 }
 
 void CredentialEditor::detachDocument() {

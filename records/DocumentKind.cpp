@@ -50,4 +50,26 @@ std::optional<DocumentKind> documentKindFromRaw(std::string_view raw) {
 std::string_view displayName(DocumentKind kind) { return info(kind).display; }
 std::string_view symbolName(DocumentKind kind) { return info(kind).symbol; }
 
+DocumentKind documentKindFor(std::optional<CredentialKind> kind) {
+    if (!kind) return DocumentKind::other;
+    switch (*kind) {
+    case CredentialKind::stateLicense:
+        return DocumentKind::license;
+    case CredentialKind::dea:
+        return DocumentKind::dea;
+    case CredentialKind::stateCSR:
+        return DocumentKind::csr;
+    case CredentialKind::imlcLOQ:
+        return DocumentKind::loq;
+    case CredentialKind::bls:
+        return DocumentKind::bls;
+    case CredentialKind::acls:
+        return DocumentKind::acls;
+    case CredentialKind::malpractice:
+        return DocumentKind::malpractice;
+    default:
+        return DocumentKind::other;
+    }
+}
+
 }  // namespace corvale

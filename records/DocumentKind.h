@@ -1,5 +1,7 @@
 #pragma once
 
+#include "records/CredentialKind.h"
+
 #include <optional>
 #include <span>
 #include <string_view>
@@ -13,5 +15,8 @@ std::string_view rawValue(DocumentKind kind);
 std::optional<DocumentKind> documentKindFromRaw(std::string_view raw);
 std::string_view displayName(DocumentKind kind);
 std::string_view symbolName(DocumentKind kind);
+
+// What a copy of a credential of this kind is filed as; `other` where no kind fits.
+DocumentKind documentKindFor(std::optional<CredentialKind> kind);
 
 }  // namespace corvale

@@ -75,6 +75,11 @@ TEST(SmallEnumerations, RoundTripTheirRawText) {
     for (auto kind : allDocumentKinds()) EXPECT_EQ(documentKindFromRaw(rawValue(kind)), kind);
     EXPECT_EQ(allDocumentKinds().size(), 13u);
     EXPECT_EQ(documentKindFromRaw("skillsChecklist"), DocumentKind::skillsChecklist);
+    // A credential's copy is filed under its own kind where one exists.
+    EXPECT_EQ(documentKindFor(CredentialKind::stateCSR), DocumentKind::csr);
+    EXPECT_EQ(documentKindFor(CredentialKind::imlcLOQ), DocumentKind::loq);
+    EXPECT_EQ(documentKindFor(CredentialKind::boardCertification), DocumentKind::other);
+    EXPECT_EQ(documentKindFor(std::nullopt), DocumentKind::other);
     for (auto value : allCMECategories()) EXPECT_EQ(cmeCategoryFromRaw(rawValue(value)), value);
     EXPECT_EQ(rawValue(CMECategory::nbcrna), "nbcrna");
     for (auto value : allCredentialCategories()) EXPECT_EQ(credentialCategoryFromRaw(rawValue(value)), value);
