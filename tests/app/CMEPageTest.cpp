@@ -353,7 +353,7 @@ private slots:
         QVERIFY(!editor.save());
         QVERIFY(shownError(editor, QStringLiteral("Title error")).isEmpty());
         QCOMPARE(shownError(editor, QStringLiteral("Completed on error")),
-                 QStringLiteral("Enter the day as YYYY-MM-DD, for example 2026-03-14."));
+                 QStringLiteral("There's no 2026-02-30 on the calendar, so check the day and month."));
         QCOMPARE(shownError(editor, QStringLiteral("Hours error")), QStringLiteral("Enter the hours as a number above 0."));
         QCOMPARE(shownError(editor, QStringLiteral("Cost error")),
                  QStringLiteral("Enter the cost in dollars, or leave it blank."));
