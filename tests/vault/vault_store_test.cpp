@@ -285,6 +285,31 @@ TEST(VaultStore, EraseLeavesNoItemHoldingTheKeyUnderEitherName) {
     EXPECT_EQ(device.secrets.itemCount(), 0u);
 }
 
+TEST(VaultStore, ADocumentCopySavedElsewhereIsWholeOrNotThere) {
+    Device device;
+    VaultStore store(device.setup());
+    ASSERT_TRUE(store.create(nurse({})));
+    const auto added = store.addDocument(asBytes("licence scan"), DocumentRecord{});
+    ASSERT_TRUE(added);
+    ASSERT_TRUE(device.files.createDirectories("/home/ana/Documents"));
+    ASSERT_TRUE(store.saveDocumentCopy(added->id, "/home/ana/Documents/licence.pdf"));
+    EXPECT_EQ(asText(device.files.readFile("/home/ana/Documents/licence.pdf").value()), "licence scan");
+
+    device.files.failWritesAfter(4);
+    const auto cut = store.saveDocumentCopy(added->id, "/home/ana/Documents/again.pdf");
+    ASSERT_FALSE(cut);
+    EXPECT_EQ(cut.error().code, VaultError::Code::storage);
+    EXPECT_FALSE(device.files.exists("/home/ana/Documents/again.pdf"));
+    EXPECT_EQ(device.files.list("/home/ana/Documents"), std::vector<std::string>{"licence.pdf"});
+    device.files.clearWriteFailures();
+
+    EXPECT_EQ(store.saveDocumentCopy("no-such-id", "/home/ana/Documents/x.pdf").error().code,
+              VaultError::Code::noSuchRecord);
+    ASSERT_TRUE(store.setAppLock(true));
+    ASSERT_TRUE(store.lock());
+    EXPECT_EQ(store.saveDocumentCopy(added->id, "/home/ana/Documents/x.pdf").error().code, VaultError::Code::locked);
+}
+
 TEST(VaultStore, PlainCopiesGoOnLockAndAtTheNextStartButOutliveTheProcessThatMadeThem) {
     char pattern[] = "/tmp/corvale-copies-XXXXXX";
     const fs::path temporary = mkdtemp(pattern);
