@@ -361,6 +361,21 @@ private slots:
         QCOMPARE(stored->number, std::optional<std::string>("EDITED-2"));
     }
 
+    void quittingLeavesNoPlainCopyBehindEvenWithoutAppLock() {
+        Device device;
+        auto owner = std::make_unique<MainWindow>(device.setup(), rules());
+        testing::fillSampleVault(owner->store());
+        const auto added = owner->store().addDocument(asBytes("%PDF-1.4 licence"), DocumentRecord{});
+        QVERIFY(added.ok());
+        const auto copy = owner->store().temporaryFile(added->id);
+        QVERIFY(copy.ok());
+        QVERIFY(std::filesystem::exists(*copy));
+        QVERIFY(!owner->lockIfEnabled());  // app lock off: nothing else clears it
+        QVERIFY(std::filesystem::exists(*copy));
+        owner.reset();
+        QVERIFY(!std::filesystem::exists(*copy));
+    }
+
     void anOfficeSwitchesBetweenPeopleWithTheirScores() {
         Device device;
         MainWindow window(device.setup(), rules());
