@@ -261,8 +261,7 @@ bool MainWindow::hasUnsavedEdits() const {
 }
 
 void MainWindow::leaveEditors(std::function<void()> then) {
-    for (std::size_t row = 0; row < m_screenList.size(); ++row) {
-        Screen* screen = m_screenList[row];
+    for (Screen* screen : m_screenList) {
         if (!screen->hasUnsavedEdits()) continue;
         m_screens->setCurrentWidget(screen);
         m_sidebar->setCurrentRow(m_screens->currentIndex());
