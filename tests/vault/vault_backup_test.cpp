@@ -185,9 +185,17 @@ TEST(VaultBackup, TheDefaultFolderIsThisUsersOwnOrNothingIsWritten) {
     EXPECT_TRUE(fs::is_empty(elsewhere));
     EXPECT_FALSE(store.prefs().timestamp(Prefs::kLastBackup));
 
-    // A folder of ours that anyone may write to is tightened before the archive goes in.
+    // Another user's folder is refused too; only root can make one to try it with.
     fs::remove(folder);
     fs::create_directory(folder);
+    if (::geteuid() == 0) {
+        ASSERT_EQ(::chown(folder.c_str(), 65534, 65534), 0);
+        ASSERT_FALSE(store.exportBackup("pass phrase"));
+        EXPECT_TRUE(fs::is_empty(folder));
+        ASSERT_EQ(::chown(folder.c_str(), 0, 0), 0);
+    }
+
+    // A folder of ours that anyone may write to is tightened before the archive goes in.
     fs::permissions(folder, fs::perms::all);
     const auto archive = store.exportBackup("pass phrase");
     ASSERT_TRUE(archive) << archive.error().message();
