@@ -5,6 +5,8 @@
 #include "app/FormParts.h"
 #include "app/StoredFiles.h"
 #include "app/Theme.h"
+#include "app/UnsavedEdits.h"
+#include "app/WheelGuard.h"
 #include "platform/Clock.h"
 #include "records/RecordEnums.h"
 #include "requirements/Hours.h"
@@ -204,11 +206,15 @@ ActivityEditor::ActivityEditor(AppContext& context, QWidget* parent)
     m_remove = new QPushButton(tr("Remove"), form);
     m_open->setAccessibleName(tr("Open certificate"));
     m_remove->setAccessibleName(tr("Remove certificate"));
+    m_saveCopy = new QPushButton(tr("Save a copy…"), form);
+    m_saveCopy->setAccessibleName(tr("Save a copy of the certificate"));
+    m_saveCopy->hide();
     auto* certificateButtons = new QHBoxLayout;
     certificateButtons->addWidget(attach);
     certificateButtons->addStretch(1);
     certificateButtons->addWidget(m_open);
     certificateButtons->addWidget(m_remove);
+    certificateButtons->addWidget(m_saveCopy);
     certificates.layout->insertLayout(2, certificateButtons);
     column->addLayout(certificates.layout);
     column->addStretch(1);
@@ -242,6 +248,9 @@ ActivityEditor::ActivityEditor(AppContext& context, QWidget* parent)
     cardLayout->setContentsMargins(1, 1, 1, 1);
     cardLayout->setSpacing(0);
     cardLayout->addWidget(scroll, 1);
+    m_unsaved =
+        new UnsavedEdits([this] { return hasUnsavedEdits(); }, [this] { return save(); }, [this] { cancel(); }, card);
+    cardLayout->addWidget(m_unsaved);
     auto* errorRow = new QHBoxLayout;
     errorRow->setContentsMargins(22, 6, 22, 0);
     errorRow->addWidget(m_saveError);
@@ -277,13 +286,26 @@ ActivityEditor::ActivityEditor(AppContext& context, QWidget* parent)
     connect(m_delete, &QPushButton::clicked, this, [this] { emit deleteRequested(activityId()); });
     connect(attach, &QPushButton::clicked, this, &ActivityEditor::chooseAttachment);
     connect(m_open, &QPushButton::clicked, this, &ActivityEditor::openCertificate);
+    connect(m_saveCopy, &QPushButton::clicked, this, &ActivityEditor::saveCopy);
     connect(m_remove, &QPushButton::clicked, this, &ActivityEditor::removeCertificate);
     connect(m_certificatesView, &QListView::activated, this, &ActivityEditor::openCertificate);
     connect(m_person, &QComboBox::currentIndexChanged, this, [this] {
         if (m_person->currentIndex() >= 0) fillTopics(tickedTopics());
     });
+    guardWheel(this);
     hide();
 }
+
+void ActivityEditor::markClean() {
+    m_unsaved->dismiss();
+    m_clean = formState(this, {m_unsaved});
+}
+
+bool ActivityEditor::hasUnsavedEdits() const { return isEditing() && formState(this, {m_unsaved}) != m_clean; }
+
+bool ActivityEditor::leave(std::function<void()> then) { return m_unsaved->leave(std::move(then)); }
+
+bool ActivityEditor::settleBeforeLock() { return m_unsaved->settleBeforeLock(); }
 
 ActivityEditor::~ActivityEditor() = default;
 
@@ -304,6 +326,7 @@ void ActivityEditor::startNew(const QString& personId, const QStringList& ticked
     m_note->setText(note);
     load();
     m_hours->clear();
+    markClean();
     m_title->setFocus();
 }
 
@@ -319,6 +342,7 @@ bool ActivityEditor::startEdit(const QString& activityId) {
     m_heading->setText(tr("Edit activity"));
     m_note->clear();
     load();
+    markClean();
     m_title->setFocus();
     return true;
 }
@@ -412,6 +436,7 @@ QStringList ActivityEditor::tickedTopics() const {
 
 void ActivityEditor::fillCertificates() {
     m_certificates->clear();
+    m_saveCopy->hide();
     const auto& documents = m_context.doc().documents;
     for (const auto& id : m_draft->record.documentIds) {
         const auto found = std::find_if(documents.begin(), documents.end(),
@@ -463,9 +488,11 @@ bool ActivityEditor::save() {
         wrong(m_completedError, m_completed, tr("Enter the day you completed it."));
     } else {
         completedOn = dayText.size() <= 10 ? Day::parse(dayText.toStdString()) : std::nullopt;
-        if (!completedOn || !QDate(completedOn->year, completedOn->month, completedOn->day).isValid()) {
-            completedOn.reset();
+        if (!completedOn) {
             wrong(m_completedError, m_completed, tr("Enter the day as YYYY-MM-DD, for example 2026-03-14."));
+        } else if (!completedOn->exists()) {
+            completedOn.reset();
+            wrong(m_completedError, m_completed, notOnTheCalendar(dayText));
         } else if (*completedOn > m_context.today()) {
             completedOn.reset();
             wrong(m_completedError, m_completed, tr("That day is still ahead. Enter the day you completed it."));
@@ -633,8 +660,23 @@ void ActivityEditor::openCertificate() {
     m_certificateError->hide();
     const QModelIndex current = m_certificatesView->currentIndex();
     if (!current.isValid() || current.data(kKeyRole).toString().isEmpty()) return;
-    if (const auto problem = openStoredDocument(m_context.store, current.data(kKeyRole).toString().toStdString()))
-        showError(m_certificateError, *problem);
+    const auto problem = openStoredDocument(m_context.store, current.data(kKeyRole).toString().toStdString());
+    if (problem) showError(m_certificateError, problem->sentence);
+    m_saveCopy->setVisible(problem && problem->noViewer);
+}
+
+void ActivityEditor::saveCopy() {
+    const QModelIndex current = m_certificatesView->currentIndex();
+    if (!current.isValid() || current.data(kKeyRole).toString().isEmpty()) return;
+    offerToSaveCopy(this, m_context.store, current.data(kKeyRole).toString().toStdString(), current.data().toString(),
+                    [this](const std::optional<QString>& problem) {
+                        m_certificateError->hide();
+                        if (problem) {
+                            showError(m_certificateError, *problem);
+                            return;
+                        }
+                        m_saveCopy->hide();
+                    });
 }
 
 void ActivityEditor::removeCertificate() {

@@ -6,6 +6,7 @@
 #include <QStringList>
 #include <QWidget>
 
+#include <functional>
 #include <memory>
 
 class QCheckBox;
@@ -20,6 +21,7 @@ class QStandardItemModel;
 namespace corvale::app {
 
 struct AppContext;
+class UnsavedEdits;
 
 class ActivityEditor : public QWidget {
     Q_OBJECT
@@ -44,6 +46,13 @@ public:
     // Stores the file in the vault as a CME document and lists it on the activity.
     bool attachFile(const QString& path);
 
+    // Changes made since the activity was opened, certificates included.
+    bool hasUnsavedEdits() const;
+    // See UnsavedEdits: `then` runs now, or after the user saves or discards.
+    bool leave(std::function<void()> then);
+    bool settleBeforeLock();
+    UnsavedEdits* unsavedEdits() const { return m_unsaved; }
+
 public slots:
     // Writes the activity when every field is valid; otherwise shows why and writes nothing.
     bool save();
@@ -67,6 +76,8 @@ private:
     void showError(QLabel* label, const QString& text);
     void chooseAttachment();
     void openCertificate();
+    // Where no program opens a certificate: asks where to keep a copy of it.
+    void saveCopy();
     void removeCertificate();
     // Drops the documents this session added that the activity no longer lists.
     void discardAttachments(bool all);
@@ -92,6 +103,7 @@ private:
     QStandardItemModel* m_certificates = nullptr;
     QPushButton* m_open = nullptr;
     QPushButton* m_remove = nullptr;
+    QPushButton* m_saveCopy = nullptr;
     QPushButton* m_delete = nullptr;
     QLabel* m_titleError = nullptr;
     QLabel* m_completedError = nullptr;
@@ -99,6 +111,10 @@ private:
     QLabel* m_costError = nullptr;
     QLabel* m_certificateError = nullptr;
     QLabel* m_saveError = nullptr;
+
+    UnsavedEdits* m_unsaved = nullptr;
+    QStringList m_clean;  // the form as the activity filled it
+    void markClean();
 };
 
 }  // namespace corvale::app

@@ -434,7 +434,17 @@ void CMEPage::updateFooter() {
     stack->setCurrentWidget(shown == 0 ? static_cast<QWidget*>(m_empty) : m_view);
 }
 
+bool CMEPage::hasUnsavedEdits() const { return m_editor->hasUnsavedEdits(); }
+
+void CMEPage::leave(std::function<void()> then) { m_editor->leave(std::move(then)); }
+
+bool CMEPage::settleBeforeLock() { return m_editor->settleBeforeLock(); }
+
 void CMEPage::logActivity(const QString& licenseId) {
+    if (m_editor->hasUnsavedEdits()) {
+        m_editor->leave([this, licenseId] { logActivity(licenseId); });
+        return;
+    }
     QString personId;
     QStringList ticked;
     QString note;
@@ -453,6 +463,11 @@ void CMEPage::logActivity(const QString& licenseId) {
 }
 
 void CMEPage::editActivity(const QString& activityId) {
+    if (m_editor->hasUnsavedEdits()) {
+        // The same activity again keeps what is typed in it.
+        if (m_editor->activityId() != activityId) m_editor->leave([this, activityId] { editActivity(activityId); });
+        return;
+    }
     if (!m_editor->startEdit(activityId)) {
         emit notify(tr("That activity is no longer in the vault."));
         return;

@@ -31,6 +31,9 @@ class CMEPage : public Screen {
 public:
     explicit CMEPage(AppContext& context, QWidget* parent = nullptr);
     void reload() override;
+    bool hasUnsavedEdits() const override;
+    void leave(std::function<void()> then) override;
+    bool settleBeforeLock() override;
     // Opens the editor for a new activity; with a licence id, its open topics
     // come ticked and the licence filter shows that licence.
     void logActivity(const QString& licenseId = QString());

@@ -17,6 +17,8 @@
 #include "app/FormParts.h"
 #include "app/StoredFiles.h"
 #include "app/Theme.h"
+#include "app/UnsavedEdits.h"
+#include "app/WheelGuard.h"
 
 #include <QCheckBox>
 #include <QComboBox>
@@ -369,11 +371,15 @@ void CredentialEditor::build() {
     m_openDocument = new QPushButton(tr("Open"), content);
     m_detachDocument = new QPushButton(tr("Remove"), content);
     m_detachDocument->setAccessibleName(tr("Remove document"));
+    m_saveCopy = new QPushButton(tr("Save a copy…"), content);
+    m_saveCopy->setToolTip(tr("Keep a copy of the file where a program can open it"));
+    m_saveCopy->hide();
     auto* documentButtons = new QHBoxLayout;
     documentButtons->setSpacing(8);
     documentButtons->addWidget(attach);
     documentButtons->addWidget(m_openDocument);
     documentButtons->addWidget(m_detachDocument);
+    documentButtons->addWidget(m_saveCopy);
     documentButtons->addStretch(1);
     auto* documents = new QVBoxLayout;
     documents->setSpacing(6);
@@ -421,6 +427,9 @@ void CredentialEditor::build() {
     layout->setSpacing(0);
     layout->addLayout(header);
     layout->addWidget(scroll, 1);
+    m_unsaved =
+        new UnsavedEdits([this] { return hasUnsavedEdits(); }, [this] { return save(); }, [this] { cancel(); }, this);
+    layout->addWidget(m_unsaved);
     layout->addLayout(footer);
 
     // One label column for every section, so the fields line up down the panel.
@@ -453,6 +462,7 @@ void CredentialEditor::build() {
     connect(attach, &QPushButton::clicked, this, &CredentialEditor::chooseFileToAttach);
     connect(m_openDocument, &QPushButton::clicked, this, &CredentialEditor::openDocument);
     connect(m_detachDocument, &QPushButton::clicked, this, &CredentialEditor::detachDocument);
+    connect(m_saveCopy, &QPushButton::clicked, this, &CredentialEditor::saveCopy);
     connect(m_documentList, &QListView::activated, this, &CredentialEditor::openDocument);
     connect(cancelButton, &QPushButton::clicked, this, &CredentialEditor::cancel);
     connect(saveButton, &QPushButton::clicked, this, &CredentialEditor::save);
@@ -473,6 +483,7 @@ void CredentialEditor::build() {
     removeStepShortcut->setContext(Qt::WidgetShortcut);
     auto* detachShortcut = new QShortcut(QKeySequence::Delete, m_documentList, this, &CredentialEditor::detachDocument);
     detachShortcut->setContext(Qt::WidgetShortcut);
+    guardWheel(this);
 }
 
 QString CredentialEditor::credentialId() const { return m_state->original ? text(m_state->original->id) : QString(); }
@@ -546,6 +557,7 @@ bool CredentialEditor::openRenewal(const QString& credentialId) {
     m_heading->setText(tr("Record a renewal"));
     m_subheading->setText(
         tr("Check the new dates against the renewed %1, then save.").arg(text(renewTitle(*m_state->original))));
+    markClean();
     m_expires->setFocus();
     m_expires->selectAll();
     return true;
@@ -622,7 +634,21 @@ void CredentialEditor::load() {
     updateForKind();
     updateCompactNote();
     show();
+    markClean();
 }
+
+void CredentialEditor::markClean() {
+    m_unsaved->dismiss();
+    m_clean = formState(this, {m_unsaved, m_documentList});
+}
+
+bool CredentialEditor::hasUnsavedEdits() const {
+    return isOpen() && formState(this, {m_unsaved, m_documentList}) != m_clean;
+}
+
+bool CredentialEditor::leave(std::function<void()> then) { return m_unsaved->leave(std::move(then)); }
+
+bool CredentialEditor::settleBeforeLock() { return m_unsaved->settleBeforeLock(); }
 
 QString CredentialEditor::chosenPersonId() const {
     if (m_context.isOffice() && m_person->currentIndex() >= 0) return m_person->currentData().toString();
@@ -656,7 +682,7 @@ void CredentialEditor::updateForKind() {
 void CredentialEditor::updateSuggestion() {
     m_state->proposed.clear();
     const auto kind = credentialKindFromRaw(m_kind->currentData().toString().toStdString());
-    const auto issued = Day::parse(m_issued->text().trimmed().toStdString());
+    const auto issued = Day::parseExisting(m_issued->text().trimmed().toStdString());
     if (kind && issued && m_expires->text().trimmed().isEmpty()) {
         if (const auto expiry = corvale::proposedExpiry(*kind, *issued)) {
             m_state->proposed = text(expiry->toString());
@@ -681,10 +707,7 @@ QString CredentialEditor::errorFor(const QString& field) const {
 }
 
 void CredentialEditor::setError(const QString& field, const QString& sentence) {
-    if (QLabel* label = m_state->errors.value(field)) {
-        label->setText(sentence);
-        label->show();
-    }
+    if (QLabel* label = m_state->errors.value(field)) showMessage(label, sentence);
 }
 
 void CredentialEditor::clearErrors() {
@@ -724,7 +747,12 @@ bool CredentialEditor::save() {
         const QString value = field->text().trimmed();
         if (value.isEmpty()) return std::nullopt;
         const auto day = Day::parse(value.toStdString());
-        if (!day || value.size() > 10) wrong(field, name, tr("Enter the date as YYYY-MM-DD, such as 2027-01-31."));
+        if (!day || value.size() > 10) {
+            wrong(field, name, tr("Enter the date as YYYY-MM-DD, such as 2027-01-31."));
+        } else if (!day->exists()) {
+            wrong(field, name, notOnTheCalendar(value));
+            return std::nullopt;
+        }
         return day;
     };
     const auto issued = readDay(m_issued, tr("Issued on"));
@@ -907,6 +935,7 @@ void CredentialEditor::removeStep() {
 
 void CredentialEditor::showDocuments() {
     m_documents->clear();
+    m_saveCopy->hide();
     const auto& documents = m_context.doc().documents;
     for (const std::string& id : m_state->documentIds) {
         const auto found = std::find_if(documents.begin(), documents.end(),
@@ -970,8 +999,22 @@ bool CredentialEditor::attachFile(const QString& path) {
 void CredentialEditor::openDocument() {
     const QModelIndex current = m_documentList->currentIndex();
     if (!current.isValid()) return;
-    if (const auto problem = openStoredDocument(m_context.store, current.data(kIdRole).toString().toStdString()))
-        setError(tr("Documents"), *problem);
+    setError(tr("Documents"), QString());
+    const auto problem = openStoredDocument(m_context.store, current.data(kIdRole).toString().toStdString());
+    if (problem) setError(tr("Documents"), problem->sentence);
+    m_saveCopy->setVisible(problem && problem->noViewer);
+}
+
+void CredentialEditor::saveCopy() {
+    const QModelIndex current = m_documentList->currentIndex();
+    if (!current.isValid()) return;
+    offerToSaveCopy(this, m_context.store, current.data(kIdRole).toString().toStdString(), current.data().toString(),
+                    [this](const std::optional<QString>& problem) {
+                        setError(tr("Documents"), problem.value_or(QString()));
+                        if (problem) return;
+                        m_saveCopy->hide();
+                        emit notify(tr("Saved a copy."));
+                    });
 }
 
 void CredentialEditor::detachDocument() {

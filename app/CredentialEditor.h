@@ -7,6 +7,9 @@
 
 #include <QFrame>
 
+#include <QStringList>
+
+#include <functional>
 #include <memory>
 #include <vector>
 
@@ -23,6 +26,7 @@ class QStandardItemModel;
 namespace corvale::app {
 
 struct AppContext;
+class UnsavedEdits;
 
 class CredentialEditor : public QFrame {
     Q_OBJECT
@@ -57,6 +61,13 @@ public:
     // Re-reads the people after records changed elsewhere.
     void refreshPeople();
 
+    // Changes typed since the record was opened (a renewal's proposed dates are not the user's).
+    bool hasUnsavedEdits() const;
+    // See UnsavedEdits: `then` runs now, or after the user saves or discards.
+    bool leave(std::function<void()> then);
+    bool settleBeforeLock();
+    UnsavedEdits* unsavedEdits() const { return m_unsaved; }
+
 signals:
     void closed();
     void saved(const QString& credentialId);
@@ -80,6 +91,8 @@ private:
     void removeStep();
     void openDocument();
     void detachDocument();
+    // Where no program opens a document: asks where to keep a copy of it.
+    void saveCopy();
     void showDocuments();
     QString chosenPersonId() const;
 
@@ -137,8 +150,13 @@ private:
     QListView* m_documentList = nullptr;
     QPushButton* m_openDocument = nullptr;
     QPushButton* m_detachDocument = nullptr;
+    QPushButton* m_saveCopy = nullptr;
 
     QPlainTextEdit* m_notes = nullptr;
+
+    UnsavedEdits* m_unsaved = nullptr;
+    QStringList m_clean;  // the form as the record filled it
+    void markClean();
 };
 
 }  // namespace corvale::app

@@ -28,6 +28,10 @@ void showMessage(QLabel* label, const QString& message) {
     label->setVisible(!message.isEmpty());
 }
 
+QString notOnTheCalendar(const QString& typed) {
+    return QObject::tr("There's no %1 on the calendar, so check the day and month.").arg(typed);
+}
+
 QFrame* card(const QString& heading, const QString& caption, QWidget* parent, QVBoxLayout*& body) {
     auto* frame = new QFrame(parent);
     frame->setObjectName(QStringLiteral("card"));

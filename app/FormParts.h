@@ -19,6 +19,9 @@ QLabel* errorLabel(const QString& accessibleName, QWidget* parent);
 // Shows the message, or hides the label when it is empty.
 void showMessage(QLabel* label, const QString& message);
 
+// For a date typed in the right form that the calendar does not have (2027-02-30).
+QString notOnTheCalendar(const QString& typed);
+
 // A titled card with an optional caption; `body` receives the layout to fill.
 QFrame* card(const QString& heading, const QString& caption, QWidget* parent, QVBoxLayout*& body);
 

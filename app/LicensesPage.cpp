@@ -306,25 +306,46 @@ void LicensesPage::select(const QString& credentialId) {
 
 void LicensesPage::updateActions() { m_delete->setEnabled(!currentCredentialId().isEmpty()); }
 
+bool LicensesPage::hasUnsavedEdits() const { return m_editor->hasUnsavedEdits(); }
+
+void LicensesPage::leave(std::function<void()> then) { m_editor->leave(std::move(then)); }
+
+bool LicensesPage::settleBeforeLock() { return m_editor->settleBeforeLock(); }
+
+bool LicensesPage::askBeforeOpening(const QString& credentialId, const std::function<void()>& open) {
+    if (!m_editor->hasUnsavedEdits()) return false;
+    // The credential being edited stays as typed; any other waits for an answer.
+    if (credentialId.isEmpty() || credentialId != m_editor->credentialId()) m_editor->leave(open);
+    const QString editing = m_editor->credentialId();
+    if (!editing.isEmpty()) select(editing);
+    return true;
+}
+
 void LicensesPage::openCurrent(const QModelIndex& index) {
     const CredentialRow* row = m_model->credential(m_proxy->mapToSource(index));
     if (row)
-        m_editor->openCredential(row->id);
+        editCredential(row->id);
     else if (index.isValid())
         m_view->setExpanded(index, !m_view->isExpanded(index));
 }
 
-void LicensesPage::newCredential() { m_editor->openNew(); }
+void LicensesPage::newCredential() {
+    if (askBeforeOpening(QString(), [this] { newCredential(); })) return;
+    m_editor->openNew();
+}
 
 void LicensesPage::editCredential(const QString& credentialId) {
+    if (askBeforeOpening(credentialId, [this, credentialId] { editCredential(credentialId); })) return;
     if (m_editor->openCredential(credentialId)) select(credentialId);
 }
 
 void LicensesPage::renewCredential(const QString& credentialId) {
+    if (askBeforeOpening(QString(), [this, credentialId] { renewCredential(credentialId); })) return;
     if (m_editor->openRenewal(credentialId)) select(credentialId);
 }
 
 void LicensesPage::attachTo(const QString& credentialId) {
+    if (askBeforeOpening(QString(), [this, credentialId] { attachTo(credentialId); })) return;
     if (!m_editor->openCredential(credentialId)) return;
     select(credentialId);
     m_editor->chooseFileToAttach();

@@ -30,6 +30,9 @@ public:
     explicit LicensesPage(AppContext& context, QWidget* parent = nullptr);
 
     void reload() override;
+    bool hasUnsavedEdits() const override;
+    void leave(std::function<void()> then) override;
+    bool settleBeforeLock() override;
     void newCredential();
     void editCredential(const QString& credentialId);
     // Opens the editor to record a renewal: issue date today, expiry proposed from the kind's typical validity.
@@ -41,6 +44,9 @@ public:
     QAbstractItemView* view() const;   // for tests
 
 private:
+    // With unsaved edits in the editor: asks first (or keeps them, for the
+    // credential already open) and answers true; `open` runs after Save or Discard.
+    bool askBeforeOpening(const QString& credentialId, const std::function<void()>& open);
     QString currentCredentialId() const;
     void select(const QString& credentialId);
     void openCurrent(const QModelIndex& index);

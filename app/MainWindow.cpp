@@ -12,17 +12,20 @@
 #include "app/SettingsPage.h"
 #include "app/Theme.h"
 #include "app/TodayPage.h"
+#include "app/WheelGuard.h"
 #include "requirements/Readiness.h"
 #include "requirements/Requirements.h"
 #include "vault/VaultStore.h"
 
 #include <QApplication>
+#include <QCloseEvent>
 #include <QComboBox>
 #include <QEvent>
 #include <QHBoxLayout>
 #include <QLabel>
 #include <QListWidget>
 #include <QPushButton>
+#include <QScopedValueRollback>
 #include <QShortcut>
 #include <QStackedWidget>
 #include <QTimer>
@@ -30,6 +33,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <utility>
 
 // The icons live in a static library, so its resources are registered by hand.
 static void registerResources() { Q_INIT_RESOURCE(app); }
@@ -136,6 +140,7 @@ MainWindow::MainWindow(const VaultStoreSetup& setup, const Requirements& require
     m_idleTimer->setSingleShot(true);
     connect(m_idleTimer, &QTimer::timeout, this, &MainWindow::lockIfEnabled);
     qApp->installEventFilter(this);
+    guardWheel(this);
     auto* lockNow = new QShortcut(QKeySequence(Qt::CTRL | Qt::Key_L), m_shell);
     connect(lockNow, &QShortcut::activated, this, &MainWindow::lockIfEnabled);
     m_session = new SessionWatcher(this);
@@ -145,7 +150,11 @@ MainWindow::MainWindow(const VaultStoreSetup& setup, const Requirements& require
     m_pages->setCurrentWidget(m_opening);
 }
 
-MainWindow::~MainWindow() { qApp->removeEventFilter(this); }
+MainWindow::~MainWindow() {
+    qApp->removeEventFilter(this);
+    // Quitting leaves no plain copy behind; a viewer that has one open keeps reading it.
+    (void)m_store->clearTemporaryFiles();
+}
 
 void MainWindow::addScreen(const QString& name, const QString& title, QWidget* page) {
     m_screens->addWidget(page);
@@ -247,9 +256,38 @@ void MainWindow::fillPersonSwitcher(const std::vector<std::pair<QString, QString
     m_fillingSwitcher = false;
 }
 
+bool MainWindow::hasUnsavedEdits() const {
+    return std::any_of(m_screenList.begin(), m_screenList.end(), [](const Screen* s) { return s->hasUnsavedEdits(); });
+}
+
+void MainWindow::leaveEditors(std::function<void()> then) {
+    for (Screen* screen : m_screenList) {
+        if (!screen->hasUnsavedEdits()) continue;
+        m_screens->setCurrentWidget(screen);
+        m_sidebar->setCurrentRow(m_screens->currentIndex());
+        // One editor at a time; the next is asked once this one is settled.
+        screen->leave([this, then = std::move(then)]() mutable { leaveEditors(std::move(then)); });
+        return;
+    }
+    then();
+}
+
 void MainWindow::choosePerson(int index) {
     if (m_fillingSwitcher || index < 0) return;
     const QString id = m_person->itemData(index).toString();
+    if (hasUnsavedEdits()) {
+        // The switcher shows whose records are on screen until the edits are saved or discarded.
+        {
+            const QScopedValueRollback filling(m_fillingSwitcher, true);
+            const auto& scope = m_store->scopePersonId();
+            m_person->setCurrentIndex(m_person->findData(scope ? text(*scope) : QString()));
+        }
+        leaveEditors([this, id] {
+            const int chosen = m_person->findData(id);
+            if (chosen >= 0) m_person->setCurrentIndex(chosen);
+        });
+        return;
+    }
     m_store->setScopePersonId(id.isEmpty() ? std::nullopt : std::optional<std::string>(id.toStdString()));
     reloadScreens();
 }
@@ -309,6 +347,8 @@ bool MainWindow::eventFilter(QObject* watched, QEvent* event) {
 bool MainWindow::lockIfEnabled() {
     if (LongTask::isBusy()) return false;  // the worker still holds the store
     if (!m_store->prefs().flag(Prefs::kAppLock) || m_store->phase() != VaultPhase::ready) return false;
+    // A lock cannot wait for an answer: edits that validate are saved (and written by the lock), the rest dropped.
+    for (Screen* screen : m_screenList) m_draftDropped = screen->settleBeforeLock() || m_draftDropped;
     if (auto locked = m_store->lock(); !locked) {
         m_lock->showError(message(locked.error()));
         return false;
@@ -368,6 +408,17 @@ void MainWindow::unlock() {
     }
     m_lock->showError(QString());
     refresh();
+    if (std::exchange(m_draftDropped, false))
+        notify(tr("An edit wasn't complete when Corvale locked, so it wasn't saved; please enter it again."));
+}
+
+void MainWindow::closeEvent(QCloseEvent* event) {
+    if (m_store->phase() == VaultPhase::ready && hasUnsavedEdits()) {
+        event->ignore();
+        leaveEditors([this] { close(); });
+        return;
+    }
+    QWidget::closeEvent(event);
 }
 
 }  // namespace corvale::app

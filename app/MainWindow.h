@@ -5,6 +5,7 @@
 #include <QWidget>
 
 #include <chrono>
+#include <functional>
 #include <memory>
 #include <utility>
 #include <vector>
@@ -69,9 +70,13 @@ public:
     QComboBox* personSwitcher() const { return m_person; }
     SessionWatcher* sessionWatcher() const { return m_session; }
     QString statusText() const;
+    // Whether some screen's editor holds changes not yet saved.
+    bool hasUnsavedEdits() const;
 
 protected:
     void changeEvent(QEvent* event) override;
+    // With unsaved edits the window stays until they are saved or discarded.
+    void closeEvent(QCloseEvent* event) override;
     void hideEvent(QHideEvent* event) override;
     bool eventFilter(QObject* watched, QEvent* event) override;
 
@@ -84,6 +89,8 @@ private:
     void reloadScreens();
     void fillPersonSwitcher(const std::vector<std::pair<QString, QString>>& entries);
     void choosePerson(int index);
+    // Asks each screen with unsaved edits in turn; `then` runs once none is left.
+    void leaveEditors(std::function<void()> then);
     void openFix(const QString& action, const QString& recordId);
     void notify(const QString& text);
     void armIdleLock();
@@ -112,6 +119,7 @@ private:
     std::vector<Screen*> m_screenList;
     std::vector<QString> m_screenNames;  // in sidebar order
     bool m_fillingSwitcher = false;
+    bool m_draftDropped = false;  // said once the vault is open again
 };
 
 }  // namespace corvale::app

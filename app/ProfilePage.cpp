@@ -3,6 +3,8 @@
 #include "app/AppContext.h"
 #include "app/FormParts.h"
 #include "app/Theme.h"
+#include "app/UnsavedEdits.h"
+#include "app/WheelGuard.h"
 #include "platform/Clock.h"
 #include "records/CredentialKind.h"
 #include "records/NPI.h"
@@ -88,15 +90,22 @@ std::optional<std::string> optionalText(const QLineEdit* field) { return optiona
 
 QString dayText(const std::optional<Day>& day) { return day ? text(day->toString()) : QString(); }
 
-// An optional date typed as YYYY-MM-DD: absent when empty, false when it does not parse.
+// An optional date typed as YYYY-MM-DD: absent when empty, false when it
+// does not parse or names a day the calendar does not have.
 bool readDay(const QLineEdit* field, std::optional<Day>& day) {
     const QString typed = field->text().trimmed();
     if (typed.isEmpty()) {
         day.reset();
         return true;
     }
-    day = Day::parse(typed.toStdString());
+    day = Day::parseExisting(typed.toStdString());
     return day.has_value();
+}
+
+// Why readDay refused the field: a day missing from the calendar, else `format`.
+QString dayProblem(const QLineEdit* field, const QString& format) {
+    const QString typed = field->text().trimmed();
+    return Day::parse(typed.toStdString()) ? notOnTheCalendar(typed) : format;
 }
 
 QString kindName(const std::string& raw) {
@@ -188,6 +197,9 @@ ProfilePage::ProfilePage(AppContext& context, QWidget* parent) : Screen(context,
     column->setContentsMargins(36, 28, 36, 28);
     column->setSpacing(18);
     column->addWidget(buildHeader(content));
+    m_unsaved = new UnsavedEdits([this] { return hasUnsavedEdits(); }, [this] { return save(); },
+                                 [this] { fillForm(); }, content);
+    column->addWidget(m_unsaved);
     auto* details = new QHBoxLayout;
     details->setSpacing(18);
     details->addWidget(buildPersonal(content), 1);
@@ -219,8 +231,15 @@ ProfilePage::ProfilePage(AppContext& context, QWidget* parent) : Screen(context,
         if (m_undo->isEnabled()) undo();
     });
 
+    guardWheel(this);
     reload();
 }
+
+bool ProfilePage::hasUnsavedEdits() const { return m_dirty && !m_personId.isEmpty(); }
+
+void ProfilePage::leave(std::function<void()> then) { m_unsaved->leave(std::move(then)); }
+
+bool ProfilePage::settleBeforeLock() { return m_unsaved->settleBeforeLock(); }
 
 ProfilePage::~ProfilePage() = default;
 
@@ -690,9 +709,9 @@ void ProfilePage::hideDateOfBirth() {
     showMessage(m_dobNote, {});
 }
 
-void ProfilePage::save() {
+bool ProfilePage::save() {
     const Person* stored = context().person(m_personId.toStdString());
-    if (!stored) return;
+    if (!stored) return false;
     Person person = *stored;  // what the form does not show goes back as it was
 
     bool valid = true;
@@ -710,11 +729,12 @@ void ProfilePage::save() {
     }
     std::optional<Day> dob;
     if (m_dobShown && !readDay(m_dob, dob)) {
-        showMessage(m_dobNote, tr("That date doesn't read as YYYY-MM-DD, so type it like 1984-06-02."));
+        showMessage(m_dobNote,
+                    dayProblem(m_dob, tr("That date doesn't read as YYYY-MM-DD, so type it like 1984-06-02.")));
         if (valid) m_dob->setFocus();
         valid = false;
     }
-    if (!valid) return;
+    if (!valid) return false;
 
     person.name = name.toStdString();
     person.addressAs = optionalText(m_addressAs);
@@ -738,13 +758,14 @@ void ProfilePage::save() {
 
     if (auto updated = context().store.updatePerson(std::move(person)); !updated) {
         showMessage(m_status, text(updated.error().message()));
-        return;
+        return false;
     }
     fillForm();
     fillLists();
     fillHeader();
     emit recordsChanged();
     emit notify(tr("Profile saved."));
+    return true;
 }
 
 void ProfilePage::undo() {
@@ -790,9 +811,12 @@ void ProfilePage::saveWork() {
     }
     std::optional<Day> from;
     std::optional<Day> to;
-    if (!readDay(m_workFrom, from) || !readDay(m_workTo, to)) {
+    const bool fromRead = readDay(m_workFrom, from);
+    if (!fromRead || !readDay(m_workTo, to)) {
         showMessage(m_workError,
-                    tr("Dates read as YYYY-MM-DD, so type them like 2021-07-01; leave To empty for a current job."));
+                    dayProblem(fromRead ? m_workTo : m_workFrom,
+                               tr("Dates read as YYYY-MM-DD, so type them like 2021-07-01; leave To empty for a "
+                                  "current job.")));
         return;
     }
     if (from && to && *to < *from) {
@@ -898,7 +922,8 @@ void ProfilePage::saveFacility() {
     std::optional<Day> start;
     if (!readDay(m_facilityStart, start)) {
         showMessage(m_facilityError,
-                    tr("The start date reads as YYYY-MM-DD, so type it like 2027-01-15, or leave it empty."));
+                    dayProblem(m_facilityStart, tr("The start date reads as YYYY-MM-DD, so type it like 2027-01-15, "
+                                                   "or leave it empty.")));
         m_facilityStart->setFocus();
         return;
     }

@@ -24,6 +24,8 @@ class QStandardItemModel;
 
 namespace corvale::app {
 
+class UnsavedEdits;
+
 class ProfilePage : public Screen {
     Q_OBJECT
 
@@ -32,6 +34,9 @@ public:
     ~ProfilePage() override;
 
     void reload() override;
+    bool hasUnsavedEdits() const override;
+    void leave(std::function<void()> then) override;
+    bool settleBeforeLock() override;
 
 private:
     class RowsModel;
@@ -47,7 +52,7 @@ private:
     void updateListButtons();
     void noteEdit();
     void setDirty(bool dirty);
-    void save();
+    bool save();
     void undo();
     void showDateOfBirth();
     void hideDateOfBirth();
@@ -59,6 +64,7 @@ private:
     void saveFacility();
     void removeFacility();
 
+    UnsavedEdits* m_unsaved = nullptr;
     QString m_personId;
     bool m_dirty = false;
     bool m_filling = false;  // the form is being filled from the record, not typed in

@@ -3,13 +3,16 @@
 #include "vault/VaultStore.h"
 
 #include <QDesktopServices>
+#include <QDir>
 #include <QFile>
+#include <QFileDialog>
 #include <QFileInfo>
 #include <QMimeDatabase>
 #include <QObject>
 #include <QUrl>
 
 #include <cstdint>
+#include <functional>
 #include <utility>
 
 namespace corvale::app {
@@ -35,12 +38,45 @@ Result<DocumentRecord, QString> storeFile(VaultStore& store, const QString& path
     return std::move(stored).value();
 }
 
-std::optional<QString> openStoredDocument(VaultStore& store, const std::string& documentId) {
+namespace {
+
+std::function<bool(const QUrl&)>& fileOpener() {
+    static std::function<bool(const QUrl&)> opener;
+    return opener;
+}
+
+}  // namespace
+
+void setFileOpener(std::function<bool(const QUrl&)> opener) { fileOpener() = std::move(opener); }
+
+std::optional<OpenFailure> openStoredDocument(VaultStore& store, const std::string& documentId) {
     const auto copy = store.temporaryFile(documentId);
-    if (!copy) return QString::fromStdString(copy.error().message());
-    if (!QDesktopServices::openUrl(QUrl::fromLocalFile(QString::fromStdString(copy->string()))))
-        return QObject::tr("No program here opens this kind of file.");
+    if (!copy) return OpenFailure{QString::fromStdString(copy.error().message())};
+    const QUrl url = QUrl::fromLocalFile(QString::fromStdString(copy->string()));
+    const bool opened = fileOpener() ? fileOpener()(url) : QDesktopServices::openUrl(url);
+    if (!opened) {
+        return OpenFailure{
+            QObject::tr("No program here opens this kind of file, so save a copy and open it elsewhere."), true};
+    }
     return std::nullopt;
+}
+
+std::optional<QString> saveCopyTo(VaultStore& store, const std::string& documentId, const QString& path) {
+    if (auto saved = store.saveDocumentCopy(documentId, path.toStdString()); !saved)
+        return QString::fromStdString(saved.error().message());
+    return std::nullopt;
+}
+
+void offerToSaveCopy(QWidget* parent, VaultStore& store, const std::string& documentId, const QString& filename,
+                     std::function<void(const std::optional<QString>& problem)> done) {
+    auto* dialog = new QFileDialog(parent, QObject::tr("Save a copy"), QDir::home().filePath(filename));
+    dialog->setAcceptMode(QFileDialog::AcceptSave);
+    dialog->setAttribute(Qt::WA_DeleteOnClose);
+    QObject::connect(dialog, &QFileDialog::fileSelected, parent,
+                     [&store, documentId, done = std::move(done)](const QString& path) {
+                         done(saveCopyTo(store, documentId, path));
+                     });
+    dialog->open();
 }
 
 }  // namespace corvale::app

@@ -7,9 +7,14 @@
 
 #include <QString>
 
+#include <functional>
+
 #include <optional>
 #include <string>
 #include <string_view>
+
+class QUrl;
+class QWidget;
 
 namespace corvale {
 class VaultStore;
@@ -22,8 +27,27 @@ namespace corvale::app {
 Result<DocumentRecord, QString> storeFile(VaultStore& store, const QString& path, std::string personId,
                                           std::string_view kind);
 
+// Why a stored copy did not open; with no program for it, saving a copy
+// elsewhere is the way out.
+struct OpenFailure {
+    QString sentence;
+    bool noViewer = false;
+};
+
 // Opens a plain copy in the desktop's program for its type; absent when it
 // opened, otherwise why it could not.
-std::optional<QString> openStoredDocument(VaultStore& store, const std::string& documentId);
+std::optional<OpenFailure> openStoredDocument(VaultStore& store, const std::string& documentId);
+
+// How a plain copy is handed to the desktop; tests put in their own. An
+// empty function restores the desktop's own.
+void setFileOpener(std::function<bool(const QUrl&)> opener);
+
+// Asks where to keep a copy (a dialog of `parent` that does not block), then
+// writes it there through the store, whole or not at all; `done` gets why it
+// could not, or nothing once it is saved.
+void offerToSaveCopy(QWidget* parent, VaultStore& store, const std::string& documentId, const QString& filename,
+                     std::function<void(const std::optional<QString>& problem)> done);
+// The writing half of it, for a path already chosen.
+std::optional<QString> saveCopyTo(VaultStore& store, const std::string& documentId, const QString& path);
 
 }  // namespace corvale::app

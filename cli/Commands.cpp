@@ -58,7 +58,9 @@ CLI::Validator oneOf(std::string_view what, const Values& values, FromRaw fromRa
 CLI::Validator dayValidator() {
     return CLI::Validator(
         [](std::string& text) -> std::string {
-            return Day::parse(text) ? "" : "'" + text + "' isn't a day; write it as YYYY-MM-DD.";
+            if (Day::parseExisting(text)) return "";
+            if (Day::parse(text)) return "'" + text + "' isn't on the calendar, so check the day and month.";
+            return "'" + text + "' isn't a day; write it as YYYY-MM-DD.";
         },
         "YYYY-MM-DD");
 }

@@ -74,6 +74,19 @@ std::optional<Day> Day::parse(std::string_view text) {
     return Day{parts[0], parts[1], parts[2]};
 }
 
+std::optional<Day> Day::parseExisting(std::string_view text) {
+    const auto day = parse(text);
+    if (!day || !day->exists()) return std::nullopt;
+    return day;
+}
+
+bool Day::exists() const {
+    if (year < 0 || month < 1 || month > 12 || day < 1) return false;
+    return year_month_day{std::chrono::year{year}, std::chrono::month{static_cast<unsigned>(month)},
+                          std::chrono::day{static_cast<unsigned>(day)}}
+        .ok();
+}
+
 Day Day::today() { return local(system_clock::now()); }
 
 Day Day::local(system_clock::time_point time) {

@@ -21,25 +21,6 @@ Failure<VaultError> storageFailure(int error, const std::filesystem::path& path)
     return fail(VaultError::storage(fileError(error, path)));
 }
 
-// Creates the folder owner-only, or accepts an existing one only if it is a
-// real folder of ours; tightens its mode if it was loosened.
-Result<void, VaultError> ensurePrivateFolder(const std::filesystem::path& path) {
-    if (::mkdir(path.c_str(), 0700) != 0 && errno != EEXIST) {
-        return storageFailure(errno, path);
-    }
-    struct stat info {};
-    if (::lstat(path.c_str(), &info) != 0) {
-        return storageFailure(errno, path);
-    }
-    if (!S_ISDIR(info.st_mode) || info.st_uid != ::geteuid()) {
-        return storageFailure(EACCES, path);
-    }
-    if ((info.st_mode & 07777) != 0700 && ::chmod(path.c_str(), 0700) != 0) {
-        return storageFailure(errno, path);
-    }
-    return {};
-}
-
 Result<void, VaultError> writePrivateFile(const std::filesystem::path& path, ByteView contents) {
     // A copy left from an earlier viewing is replaced; a viewer still holding
     // it keeps reading the old inode.
@@ -121,9 +102,29 @@ std::string sanitisedFileName(std::string_view name, std::string_view fallback) 
     return out;
 }
 
+Result<void, VaultError> ensurePrivateFolder(const std::filesystem::path& path) {
+    if (::mkdir(path.c_str(), 0700) != 0 && errno != EEXIST) {
+        return storageFailure(errno, path);
+    }
+    struct stat info {};
+    if (::lstat(path.c_str(), &info) != 0) {
+        return storageFailure(errno, path);
+    }
+    if (!S_ISDIR(info.st_mode) || info.st_uid != ::geteuid()) {
+        return storageFailure(EACCES, path);
+    }
+    if ((info.st_mode & 07777) != 0700 && ::chmod(path.c_str(), 0700) != 0) {
+        return storageFailure(errno, path);
+    }
+    return {};
+}
+
+std::string perUserName(std::string_view prefix, std::string_view suffix) {
+    return std::string(prefix) + "-" + std::to_string(::geteuid()) + "-" + std::string(suffix);
+}
+
 PlainCopies::PlainCopies(std::filesystem::path temporaryBase)
-    : m_temporaryBase(std::move(temporaryBase)),
-      m_root(m_temporaryBase / ("corvale-" + std::to_string(::geteuid()) + "-plain")) {}
+    : m_temporaryBase(std::move(temporaryBase)), m_root(m_temporaryBase / perUserName("corvale", "plain")) {}
 
 Result<std::filesystem::path, VaultError> PlainCopies::write(std::string_view documentId, std::string_view filename,
                                                              ByteView plain) const {

@@ -19,6 +19,15 @@ namespace corvale {
 // leading dot, at most 200 bytes; `fallback` when nothing usable is left.
 std::string sanitisedFileName(std::string_view name, std::string_view fallback);
 
+// Makes `path` an owner-only folder on the real disk, or accepts one already
+// there only if it is a real folder owned by this user (its mode tightened
+// when it was loosened). For folders in a place other users can write to.
+Result<void, VaultError> ensurePrivateFolder(const std::filesystem::path& path);
+
+// "<prefix>-<this user's id>-<suffix>": a name no other user's copy of the
+// app would pick in a shared folder.
+std::string perUserName(std::string_view prefix, std::string_view suffix);
+
 class PlainCopies {
 public:
     explicit PlainCopies(std::filesystem::path temporaryBase);

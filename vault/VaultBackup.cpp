@@ -4,6 +4,7 @@
 #include "documents/ZipWriter.h"
 #include "platform/Crypto.h"
 #include "vault/KeyFile.h"
+#include "vault/PlainCopies.h"
 #include "vault/Sealer.h"
 #include "vault/VaultStore.h"
 
@@ -18,7 +19,6 @@ namespace corvale {
 namespace {
 
 constexpr std::string_view kBlobsPrefix = "blobs/";
-constexpr std::string_view kBackupFolder = "PembrosePreview";
 
 Failure<VaultError> archiveFailure(const ArchiveError& error) { return fail(VaultError::archive(error.message())); }
 
@@ -64,6 +64,8 @@ Result<OpenedBackup, VaultError> openBackup(const std::filesystem::path& archive
 
 }  // namespace
 
+std::string VaultStore::defaultBackupFolderName() { return perUserName("PembrosePreview", "backups"); }
+
 Result<std::filesystem::path, VaultError> VaultStore::exportBackup(std::string_view passphrase,
                                                                    std::optional<std::filesystem::path> destination) {
     if (m_key.empty()) return fail(VaultError::keyMissing());
@@ -73,8 +75,11 @@ Result<std::filesystem::path, VaultError> VaultStore::exportBackup(std::string_v
     if (destination) {
         path = *destination;
     } else {
-        const auto folder = m_setup.temporaryDirectory / kBackupFolder;
-        if (auto made = m_setup.files.createDirectories(folder); !made) return fail(VaultError::storage(made.error()));
+        // The temporary folder may be shared, and an archive holds the key file: the folder is this user's alone.
+        const auto folder = m_setup.temporaryDirectory / defaultBackupFolderName();
+        if (auto made = m_setup.files.createDirectories(m_setup.temporaryDirectory); !made)
+            return fail(VaultError::storage(made.error()));
+        if (auto made = ensurePrivateFolder(folder); !made) return fail(made.error());
         path = folder / backupFileName(Day::local(m_setup.clock.now()));
     }
 

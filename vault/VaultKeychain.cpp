@@ -8,6 +8,8 @@ namespace corvale {
 
 std::string VaultKeychain::service() { return std::string(kAppIdentifier) + ".vault"; }
 
+std::string VaultKeychain::olderService() { return std::string(kOlderAppIdentifier) + ".vault"; }
+
 Result<std::optional<SecureBytes>, VaultError> VaultKeychain::loadVaultKey() {
     auto loaded = m_store.load(service(), std::string(kAccount));
     if (!loaded) {
@@ -42,9 +44,15 @@ Result<void, VaultError> VaultKeychain::saveVaultKey(const SecureBytes& key) {
 }
 
 Result<void, VaultError> VaultKeychain::deleteVaultKey() {
-    auto removed = m_store.remove(service(), std::string(kAccount));
-    if (!removed) {
-        return fail(VaultError::keychain(removed.error().status));
+    std::optional<SecretStoreFailure> first;
+    for (const auto& name : {service(), olderService()}) {
+        auto removed = m_store.remove(name, std::string(kAccount));
+        if (!removed && !first) {
+            first = removed.error();
+        }
+    }
+    if (first) {
+        return fail(VaultError::keychain(first->status));
     }
     return {};
 }

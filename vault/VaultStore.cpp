@@ -73,6 +73,8 @@ Result<void, VaultError> VaultStore::start() {
     runMigration();
     if (auto held = holdVault(); !held) return held;
     (void)files({}).removeStaleTemporaries();  // best effort: leftovers only cost space
+    // Plain copies a crash or a killed process left: none is in use by a vault not yet open.
+    (void)clearTemporaryFiles();
     auto key = m_keychain.loadVaultKey();
     if (!key) return fail(key.error());
     // A vault file without its key stays untouched: the user brings the key back by joining or restoring.
@@ -94,11 +96,14 @@ void VaultStore::runMigration() {
     // Best effort throughout: whatever cannot move stays where it was, and the app starts as new.
     if (m_setup.files.exists(olderFolder) && !m_setup.files.exists(folder))
         (void)m_setup.files.rename(olderFolder, folder);
-    const std::string olderService = std::string(kOlderAppIdentifier) + ".vault";
+    const std::string olderService = VaultKeychain::olderService();
     const std::string account(VaultKeychain::kAccount);
     if (auto current = m_setup.secrets.load(VaultKeychain::service(), account); current && !*current) {
-        if (auto legacy = m_setup.secrets.load(olderService, account); legacy && *legacy)
-            (void)m_setup.secrets.save(VaultKeychain::service(), account, (*legacy)->view());
+        // The older item goes once its copy is safe: erase must not miss a second key.
+        if (auto legacy = m_setup.secrets.load(olderService, account); legacy && *legacy) {
+            if (m_setup.secrets.save(VaultKeychain::service(), account, (*legacy)->view()))
+                (void)m_setup.secrets.remove(olderService, account);
+        }
     }
     (void)m_prefs.adoptMissing(m_setup.prefsFile.parent_path().parent_path() / kOlderFolderName /
                                m_setup.prefsFile.filename());
@@ -131,6 +136,8 @@ Result<void, VaultError> VaultStore::unlock() {
 }
 
 Result<void, VaultError> VaultStore::lock() {
+    // Plain copies are records outside the vault: they go whether or not the app lock holds the rest.
+    (void)clearTemporaryFiles();
     if (m_phase != VaultPhase::ready || !m_prefs.flag(Prefs::kAppLock)) return {};
     if (auto saved = flush(); !saved) return saved;
     m_doc = VaultDocument{};
@@ -289,6 +296,21 @@ Result<std::filesystem::path, VaultError> VaultStore::temporaryFile(std::string_
     });
     if (found == m_doc.documents.end()) return fail(VaultError::noSuchRecord());
     return files(m_key.clone()).temporaryFile(*found);
+}
+
+Result<void, VaultError> VaultStore::saveDocumentCopy(std::string_view documentId,
+                                                      const std::filesystem::path& destination) {
+    if (auto ready = requireReady(); !ready) return ready;
+    const auto found = std::find_if(m_doc.documents.begin(), m_doc.documents.end(), [&](const DocumentRecord& record) {
+        return record.id == documentId && !record.deleted;
+    });
+    if (found == m_doc.documents.end()) return fail(VaultError::noSuchRecord());
+    auto plain = files(m_key.clone()).readBlob(found->blobHash);
+    if (!plain) return fail(plain.error());
+    auto written = m_setup.files.replaceFileAtomically(destination, *plain);
+    secureWipe(plain->data(), plain->size());
+    if (!written) return storageFailure(written.error());
+    return {};
 }
 
 Result<void, VaultError> VaultStore::clearTemporaryFiles() { return files({}).clearTemporaryFiles(); }

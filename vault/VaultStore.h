@@ -110,6 +110,9 @@ public:
     // Stores the bytes as a sealed blob and adds the record (hash, size, time filled in).
     Result<DocumentRecord, VaultError> addDocument(ByteView bytes, DocumentRecord record);
     Result<std::filesystem::path, VaultError> temporaryFile(std::string_view documentId);
+    // The document's plain bytes written atomically to `destination`, for a
+    // copy the user keeps where they chose (when nothing here can open it).
+    Result<void, VaultError> saveDocumentCopy(std::string_view documentId, const std::filesystem::path& destination);
     Result<void, VaultError> clearTemporaryFiles();
 
     // Writes the vault key, wrapped under the passphrase, as a key file.
@@ -120,7 +123,9 @@ public:
 
     // A passphrase-protected archive of the key file, the sealed document and the
     // sealed blobs of every live document, written atomically. By default
-    // "Corvale Backup <today>.pbbackup" in the temporary directory's backup folder.
+    // "Corvale Backup <today>.pbbackup" in the temporary directory's backup
+    // folder, which must be this user's own: a link or another user's folder there is refused.
+    static std::string defaultBackupFolderName();
     Result<std::filesystem::path, VaultError> exportBackup(std::string_view passphrase,
                                                            std::optional<std::filesystem::path> destination = {});
     // From welcome (or after erase): a wrong passphrase stops before anything is written.

@@ -25,6 +25,9 @@
 #include <QVBoxLayout>
 #include <QWidget>
 
+#include <unistd.h>
+
+#include <filesystem>
 #include <memory>
 #include <string>
 #include <vector>
@@ -33,6 +36,20 @@ namespace corvale::app::testing {
 
 using namespace std::chrono_literals;
 
+// Plain copies go to the real disk, and starting or locking a vault clears
+// every copy in its folder: each test process gets a folder of its own.
+inline const std::filesystem::path& plainCopyFolder() {
+    static const struct Folder {
+        std::filesystem::path path =
+            std::filesystem::temp_directory_path() / ("corvale-app-test-" + std::to_string(::getpid()));
+        ~Folder() {
+            std::error_code ignored;
+            std::filesystem::remove_all(path, ignored);
+        }
+    } folder;
+    return folder.path;
+}
+
 struct Device {
     InMemoryFileSystem files;
     InMemorySecretStore secrets;
@@ -40,9 +57,12 @@ struct Device {
     ManualScheduler scheduler;
     ScriptedAuthenticator authenticator{AuthenticationResult::unavailable};
 
-    Device() { (void)files.createDirectories("/tmp/corvale-app-test"); }
+    Device() {
+        (void)files.createDirectories("/tmp/corvale-app-test");
+        (void)files.createDirectories(plainCopyFolder());
+    }
     VaultStoreSetup setup() {
-        return {files, secrets, clock, scheduler, authenticator, "/support", "/config/prefs.json", "/tmp/corvale-app-test"};
+        return {files, secrets, clock, scheduler, authenticator, "/support", "/config/prefs.json", plainCopyFolder()};
     }
 };
 

@@ -3,6 +3,7 @@
 #include "app/ActivityListModel.h"
 #include "app/CMEPage.h"
 #include "app/Theme.h"
+#include "app/UnsavedEdits.h"
 
 #include <QAbstractItemView>
 #include <QApplication>
@@ -353,7 +354,7 @@ private slots:
         QVERIFY(!editor.save());
         QVERIFY(shownError(editor, QStringLiteral("Title error")).isEmpty());
         QCOMPARE(shownError(editor, QStringLiteral("Completed on error")),
-                 QStringLiteral("Enter the day as YYYY-MM-DD, for example 2026-03-14."));
+                 QStringLiteral("There's no 2026-02-30 on the calendar, so check the day and month."));
         QCOMPARE(shownError(editor, QStringLiteral("Hours error")), QStringLiteral("Enter the hours as a number above 0."));
         QCOMPARE(shownError(editor, QStringLiteral("Cost error")),
                  QStringLiteral("Enter the cost in dollars, or leave it blank."));
@@ -413,6 +414,48 @@ private slots:
         QCOMPARE(edited.boardApproved, std::optional<bool>(true));
         QCOMPARE(edited.topics, (std::vector<std::string>{"humanTrafficking", "medicalEthics"}));
         QVERIFY(edited.updatedAt > before);
+    }
+
+    void anActivityBeingEditedIsNotLeftSilently() {
+        OpenVault vault;
+        testing::fillSampleVault(vault.store);
+        CMEPage page(vault.context);
+        ActivityEditor& editor = *page.editor();
+        const std::string first = vault.store.doc().cme.at(0).id;
+        const std::string second = vault.store.doc().cme.at(1).id;
+        const std::string firstTitle = vault.store.doc().cme.at(0).title;
+
+        // A ticked topic is an edit like any typed field.
+        page.editActivity(QString::fromStdString(first));
+        QVERIFY(!editor.hasUnsavedEdits());
+        tick(editor, QStringLiteral("humanTrafficking"));
+        QVERIFY(editor.hasUnsavedEdits());
+        page.editActivity(QString::fromStdString(second));
+        QVERIFY(editor.unsavedEdits()->isAsking());
+        QCOMPARE(editor.activityId(), QString::fromStdString(first));
+        QVERIFY(testing::press(editor, QStringLiteral("Discard changes")));
+        QCOMPARE(editor.activityId(), QString::fromStdString(second));
+        const auto& topics = vault.store.doc().cme.at(0).topics;
+        QVERIFY(std::find(topics.begin(), topics.end(), "humanTrafficking") == topics.end());
+
+        fill(editor, QStringLiteral("Title"), QStringLiteral("Renamed before logging another"));
+        page.logActivity();
+        QVERIFY(testing::press(editor, QStringLiteral("Save changes")));
+        QCOMPARE(vault.store.doc().cme.at(1).title, std::string("Renamed before logging another"));
+        QVERIFY(editor.isEditing());
+        QVERIFY(editor.activityId().isEmpty());
+
+        // Before a lock: complete edits are saved, the rest dropped and reported.
+        page.editActivity(QString::fromStdString(first));
+        fill(editor, QStringLiteral("Title"), QStringLiteral("Saved by the lock"));
+        QVERIFY(!page.settleBeforeLock());
+        QCOMPARE(vault.store.doc().cme.at(0).title, std::string("Saved by the lock"));
+        page.editActivity(QString::fromStdString(first));
+        fill(editor, QStringLiteral("Hours"), QStringLiteral("none"));
+        QVERIFY(page.settleBeforeLock());
+        QVERIFY(!editor.isEditing());
+        QCOMPARE(vault.store.doc().cme.at(0).title, std::string("Saved by the lock"));
+        QVERIFY(firstTitle != "Saved by the lock");
     }
 
     void certificatesAreStoredAsCMEDocuments() {

@@ -2,7 +2,9 @@
 #include "app/CredentialEditor.h"
 #include "app/CredentialListModel.h"
 #include "app/LicensesPage.h"
+#include "app/StoredFiles.h"
 #include "app/Theme.h"
+#include "app/UnsavedEdits.h"
 
 #include <QAbstractItemView>
 #include <QApplication>
@@ -13,11 +15,13 @@
 #include <QPlainTextEdit>
 #include <QPushButton>
 #include <QScrollArea>
+#include <QScrollBar>
 #include <QSignalSpy>
 #include <QStandardItemModel>
 #include <QTemporaryDir>
 #include <QTreeView>
 #include <QVBoxLayout>
+#include <QWheelEvent>
 
 #include <algorithm>
 #include <functional>
@@ -588,6 +592,154 @@ private slots:
         QVERIFY(rowNamed(listed(page), "BLS card"));
         QVERIFY(!undo->isVisible());
         QCOMPARE(changed.count(), 2);
+    }
+
+    void unsavedEditsAskBeforeAnotherRecordOpens() {
+        OpenVault vault;
+        testing::fillSampleVault(vault.store);
+        LicensesPage page(vault.context);
+        page.reload();
+        CredentialEditor& editor = *page.editor();
+        const QString tx = idOf(vault.store, "stateLicense", std::string("TX"));
+        const QString ca = idOf(vault.store, "stateLicense", std::string("CA"));
+        const auto txNumber = byId(vault.store, tx)->number;
+        const std::size_t before = vault.store.doc().credentials.size();
+
+        page.editCredential(tx);
+        QVERIFY(!editor.hasUnsavedEdits());
+        setText(editor, "Number", "TX-EDITED");
+        QVERIFY(editor.hasUnsavedEdits());
+        page.editCredential(ca);
+        // The question comes up and the licence being edited stays as typed.
+        QVERIFY(editor.unsavedEdits()->isAsking());
+        QCOMPARE(editor.credentialId(), tx);
+        QCOMPARE(testing::field(editor, "Number")->text(), QStringLiteral("TX-EDITED"));
+        QVERIFY(testing::press(editor, "Keep editing"));
+        QCOMPARE(editor.credentialId(), tx);
+        QVERIFY(editor.hasUnsavedEdits());
+
+        page.editCredential(ca);
+        QVERIFY(testing::press(editor, "Discard changes"));
+        QCOMPARE(editor.credentialId(), ca);
+        QVERIFY(!editor.hasUnsavedEdits());
+        QCOMPARE(byId(vault.store, tx)->number, txNumber);
+
+        setText(editor, "Number", "CA-SAVED");
+        page.newCredential();
+        QVERIFY(editor.unsavedEdits()->isAsking());
+        QVERIFY(testing::press(editor, "Save changes"));
+        QCOMPARE(byId(vault.store, ca)->number, std::optional<std::string>("CA-SAVED"));
+        QVERIFY(editor.isOpen());
+        QVERIFY(editor.credentialId().isEmpty());  // the new one it was on the way to
+
+        // A save the fields refuse keeps the user with them, and a day the calendar lacks is named.
+        choose(editor, "Kind", "bls");
+        setText(editor, "Expires on", "2027-02-30");
+        page.editCredential(tx);
+        QVERIFY(testing::press(editor, "Save changes"));
+        QVERIFY(editor.credentialId().isEmpty());
+        QCOMPARE(editor.errorFor("Expires on"),
+                 QStringLiteral("There's no 2027-02-30 on the calendar, so check the day and month."));
+        QCOMPARE(vault.store.doc().credentials.size(), before);
+        setText(editor, "Issued on", "2026-02-29");
+        setText(editor, "Expires on", "2028-02-29");
+        QVERIFY(!editor.save());
+        QCOMPARE(editor.errorFor("Issued on"),
+                 QStringLiteral("There's no 2026-02-29 on the calendar, so check the day and month."));
+        QVERIFY(editor.errorFor("Expires on").isEmpty());
+        setText(editor, "Issued on", "2026-02-28");
+        QVERIFY(editor.save());
+        QCOMPARE(vault.store.doc().credentials.back().expiresOn, std::optional<Day>(Day{2028, 2, 29}));
+    }
+
+    void theWheelScrollsTheFormAndLeavesAnUnfocusedListAlone() {
+        OpenVault vault;
+        testing::fillSampleVault(vault.store);
+        testing::StyledWindow window;
+        LicensesPage* page = window.hold(new LicensesPage(vault.context));
+        page->reload();
+        page->editCredential(idOf(vault.store, "stateLicense", std::string("TX")));
+        window.resize(1100, 520);
+        window.show();
+        QVERIFY(QTest::qWaitForWindowActive(&window));
+        CredentialEditor& editor = *page->editor();
+        auto* scroll = editor.findChild<QScrollArea*>(QStringLiteral("editorScroll"));
+        QVERIFY(scroll && scroll->verticalScrollBar()->maximum() > 0);
+        QComboBox* kind = testing::list(editor, "Kind");
+        const int kindBefore = kind->currentIndex();
+        const auto wheelDown = [](QWidget* target) {
+            const QPointF at(target->rect().center());
+            QWheelEvent event(at, target->mapToGlobal(at), QPoint(), QPoint(0, -120), Qt::NoButton, Qt::NoModifier,
+                              Qt::NoScrollPhase, false);
+            QApplication::sendEvent(target, &event);
+        };
+
+        testing::field(editor, "Number")->setFocus();
+        QVERIFY(!kind->hasFocus());
+        wheelDown(kind);
+        QCOMPARE(kind->currentIndex(), kindBefore);
+        QVERIFY(scroll->verticalScrollBar()->value() > 0);  // the form moved instead
+        QVERIFY(!kind->hasFocus());
+        QCOMPARE(kind->focusPolicy(), Qt::StrongFocus);
+
+        // Once the user is in the list, the wheel is theirs to change it.
+        kind->setFocus();
+        QVERIFY(kind->hasFocus());
+        wheelDown(kind);
+        QVERIFY(kind->currentIndex() != kindBefore);
+    }
+
+    void aDocumentNoProgramOpensCanBeSavedAsACopy() {
+        OpenVault vault;
+        testing::fillSampleVault(vault.store);
+        LicensesPage page(vault.context);
+        page.reload();
+        CredentialEditor& editor = *page.editor();
+        QTemporaryDir folder;
+        const QString path = folder.filePath("tx-license.pdf");
+        const QByteArray bytes = "%PDF-1.4 a licence no program here reads";
+        {
+            QFile file(path);
+            QVERIFY(file.open(QIODevice::WriteOnly));
+            file.write(bytes);
+        }
+        page.editCredential(idOf(vault.store, "stateLicense", std::string("TX")));
+        QVERIFY(editor.attachFile(path));
+        QVERIFY(!testing::canPress(editor, "Save a copy…"));
+
+        std::vector<QUrl> asked;
+        setFileOpener([&](const QUrl& url) {
+            asked.push_back(url);
+            return false;
+        });
+        QVERIFY(testing::press(editor, "Open"));
+        QCOMPARE(asked.size(), std::size_t{1});
+        QCOMPARE(editor.errorFor("Documents"),
+                 QStringLiteral("No program here opens this kind of file, so save a copy and open it elsewhere."));
+        QVERIFY(testing::press(editor, "Save a copy…"));
+        auto* dialog = editor.findChild<QFileDialog*>();
+        QVERIFY(dialog);
+        // Somewhere that cannot take it: the reason shows and the way stays open.
+        emit dialog->fileSelected(QStringLiteral("/no-such-folder/tx-license.pdf"));
+        QVERIFY(!editor.errorFor("Documents").isEmpty());
+        QVERIFY(testing::canPress(editor, "Save a copy…"));
+        const std::string target = "/tmp/corvale-app-test/tx-license.pdf";  // on the device's own disk
+        emit dialog->fileSelected(QString::fromStdString(target));
+        const auto saved = vault.device.files.readFile(target);
+        QVERIFY(saved.ok());
+        QCOMPARE(QByteArray(reinterpret_cast<const char*>(saved->data()), static_cast<qsizetype>(saved->size())),
+                 bytes);
+        QVERIFY(editor.errorFor("Documents").isEmpty());
+        QVERIFY(!testing::canPress(editor, "Save a copy…"));
+        dialog->reject();
+
+        // Where a program opens it, nothing is offered.
+        setFileOpener([](const QUrl&) { return true; });
+        QVERIFY(testing::press(editor, "Open"));
+        QVERIFY(editor.errorFor("Documents").isEmpty());
+        QVERIFY(!testing::canPress(editor, "Save a copy…"));
+        setFileOpener({});
+        QVERIFY(vault.store.clearTemporaryFiles().ok());
     }
 
     void screenshotsInLightAndDark() {

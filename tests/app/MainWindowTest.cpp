@@ -8,6 +8,7 @@
 #include "app/OnboardingPage.h"
 #include "app/ProgressRing.h"
 #include "app/TodayPage.h"
+#include "app/UnsavedEdits.h"
 #include "cli/Commands.h"
 #include "platform/linux/PosixFileSystem.h"
 #include "platform/memory/InMemoryFileSystem.h"
@@ -28,6 +29,7 @@
 #include <QTemporaryDir>
 #include <QTest>
 
+#include <algorithm>
 #include <sstream>
 
 namespace corvale::app {
@@ -276,6 +278,102 @@ private slots:
         QCOMPARE(window.pageName(), QStringLiteral("today"));
         QCOMPARE(window.store().doc().credentials.size(), std::size_t{7});
         QCOMPARE(window.statusText(), QStringLiteral("Restored from the backup."));
+    }
+
+    void editsInProgressAreNeverDroppedSilently() {
+        Device device;
+        auto owner = std::make_unique<MainWindow>(device.setup(), rules());
+        MainWindow& window = *owner;
+        testing::fillSampleOffice(window.store());
+        QVERIFY(window.store().setAppLock(true).ok());
+        window.show();
+        window.refresh();
+        window.showScreen(QStringLiteral("licenses"));
+        LicensesPage& licenses = *window.licensesPage();
+        CredentialEditor& editor = *licenses.editor();
+        const auto found =
+            std::find_if(window.store().doc().credentials.begin(), window.store().doc().credentials.end(),
+                         [](const Credential& c) { return !c.deleted && c.kind == "stateLicense"; });
+        QVERIFY(found != window.store().doc().credentials.end());
+        const std::string id = found->id;
+        const auto numberNow = [&]() -> std::optional<std::string> {
+            for (const auto& c : window.store().doc().credentials)
+                if (c.id == id) return c.number;
+            return std::nullopt;
+        };
+        const auto original = numberNow();
+
+        // Switching person asks first; until the answer the switcher stays put.
+        licenses.editCredential(QString::fromStdString(id));
+        fill(editor, QStringLiteral("Number"), QStringLiteral("EDITED-1"));
+        QComboBox* switcher = window.personSwitcher();
+        switcher->setCurrentIndex(1);
+        QVERIFY(editor.unsavedEdits()->isAsking());
+        QCOMPARE(switcher->currentIndex(), 0);
+        QVERIFY(!window.store().scopePersonId());
+        QVERIFY(testing::press(editor, QStringLiteral("Discard changes")));
+        QVERIFY(window.store().scopePersonId());
+        QCOMPARE(numberNow(), original);
+        switcher->setCurrentIndex(0);
+
+        // So does closing the window, which stays open meanwhile.
+        licenses.editCredential(QString::fromStdString(id));
+        fill(editor, QStringLiteral("Number"), QStringLiteral("EDITED-2"));
+        QVERIFY(!window.close());
+        QVERIFY(window.isVisible());
+        QVERIFY(editor.unsavedEdits()->isAsking());
+        QVERIFY(testing::press(editor, QStringLiteral("Keep editing")));
+
+        // A lock cannot wait: an edit that is complete is saved, and the lock writes it.
+        QVERIFY(window.lockIfEnabled());
+        QCOMPARE(window.pageName(), QStringLiteral("lock"));
+        QVERIFY(!window.store().hasPendingSave());
+        QTest::mouseClick(window.lockPage()->unlockButton(), Qt::LeftButton);
+        QCOMPARE(numberNow(), std::optional<std::string>("EDITED-2"));
+        QVERIFY(!window.statusText().contains(QStringLiteral("wasn't complete")));
+
+        // One that is not is dropped, and the user hears of it once the vault is open again.
+        window.showScreen(QStringLiteral("licenses"));
+        licenses.editCredential(QString::fromStdString(id));
+        fill(editor, QStringLiteral("Number"), QStringLiteral("EDITED-3"));
+        fill(editor, QStringLiteral("Expires on"), QStringLiteral("2027-02-30"));
+        QVERIFY(window.lockIfEnabled());
+        QTest::mouseClick(window.lockPage()->unlockButton(), Qt::LeftButton);
+        QCOMPARE(numberNow(), std::optional<std::string>("EDITED-2"));
+        QCOMPARE(
+            window.statusText(),
+            QStringLiteral("An edit wasn't complete when Corvale locked, so it wasn't saved; please enter it again."));
+
+        // Discarding lets the window close.
+        window.showScreen(QStringLiteral("licenses"));
+        licenses.editCredential(QString::fromStdString(id));
+        fill(editor, QStringLiteral("Number"), QStringLiteral("EDITED-4"));
+        QVERIFY(!window.close());
+        QVERIFY(testing::press(editor, QStringLiteral("Discard changes")));
+        QVERIFY(!window.isVisible());
+        delete owner.release();
+
+        VaultStore other(device.setup());
+        QVERIFY(other.start().ok());
+        QVERIFY(other.unlock().ok());
+        const auto stored = std::find_if(other.doc().credentials.begin(), other.doc().credentials.end(),
+                                         [&](const Credential& c) { return c.id == id; });
+        QCOMPARE(stored->number, std::optional<std::string>("EDITED-2"));
+    }
+
+    void quittingLeavesNoPlainCopyBehindEvenWithoutAppLock() {
+        Device device;
+        auto owner = std::make_unique<MainWindow>(device.setup(), rules());
+        testing::fillSampleVault(owner->store());
+        const auto added = owner->store().addDocument(asBytes("%PDF-1.4 licence"), DocumentRecord{});
+        QVERIFY(added.ok());
+        const auto copy = owner->store().temporaryFile(added->id);
+        QVERIFY(copy.ok());
+        QVERIFY(std::filesystem::exists(*copy));
+        QVERIFY(!owner->lockIfEnabled());  // app lock off: nothing else clears it
+        QVERIFY(std::filesystem::exists(*copy));
+        owner.reset();
+        QVERIFY(!std::filesystem::exists(*copy));
     }
 
     void anOfficeSwitchesBetweenPeopleWithTheirScores() {

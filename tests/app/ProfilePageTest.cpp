@@ -181,6 +181,35 @@ private slots:
         QCOMPARE(self(vault).dob, std::nullopt);
     }
 
+    void unsavedDetailsAreSavedOrDiscardedBeforeTheProfileIsLeft() {
+        OpenVault vault;
+        testing::fillSampleVault(vault.store);
+        ProfilePage page(vault.context);
+        bool left = false;
+        QVERIFY(!page.hasUnsavedEdits());
+        field(page, "Specialty")->setText("Hospital medicine");
+        QVERIFY(page.hasUnsavedEdits());
+        page.leave([&] { left = true; });
+        QVERIFY(!left);
+        QVERIFY(press(page, "Discard changes"));
+        QVERIFY(left);
+        QCOMPARE(field(page, "Specialty")->text(), QStringLiteral("Internal medicine"));
+        QVERIFY(!page.hasUnsavedEdits());
+
+        left = false;
+        field(page, "Specialty")->setText("Hospital medicine");
+        page.leave([&] { left = true; });
+        QVERIFY(press(page, "Save changes"));
+        QVERIFY(left);
+        QCOMPARE(self(vault).specialty, std::optional<std::string>("Hospital medicine"));
+
+        // Nothing typed: nothing to ask.
+        left = false;
+        page.leave([&] { left = true; });
+        QVERIFY(left);
+        QVERIFY(!testing::canPress(page, "Save changes"));
+    }
+
     void workHistoryAddsEditsAndTombstonesThroughUndoableSaves() {
         OpenVault vault;
         testing::fillSampleVault(vault.store);
@@ -200,6 +229,10 @@ private slots:
         field(page, "To")->setText("next year");
         QVERIFY(press(page, "Save job"));
         QVERIFY(problem(page, "Job problem").contains("YYYY-MM-DD"));
+        field(page, "To")->setText("2026-02-29");  // not a leap year
+        QVERIFY(press(page, "Save job"));
+        QCOMPARE(problem(page, "Job problem"),
+                 QStringLiteral("There's no 2026-02-29 on the calendar, so check the day and month."));
         QCOMPARE(self(vault).workHistory->size(), std::size_t{2});
         field(page, "To")->clear();
         QVERIFY(press(page, "Save job"));

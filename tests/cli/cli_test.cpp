@@ -65,6 +65,8 @@ TEST_F(CommandLineTest, InvalidCredentialsAreUsageErrorsAndSaveNothing) {
         {{"--kind", "passport"}, "stateLicense"},
         {{"--kind", "stateLicense"}, "--state"},
         {{"--kind", "dea", "--expires", "2026/01/31"}, "2026/01/31"},
+        {{"--kind", "dea", "--expires", "2027-02-30"}, "isn't on the calendar"},
+        {{"--kind", "dea", "--issued", "2026-02-29"}, "2026-02-29"},
         {{"--kind", "dea", "--issued", "2026-02-01", "--expires", "2026-01-31"}, "2026-01-31"},
         {{"--kind", "stateLicense", "--state", "Cal"}, "Cal"},
     };

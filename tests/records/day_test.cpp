@@ -64,6 +64,18 @@ TEST(Day, OutOfRangeTextSurvivesAndStillCounts) {
     EXPECT_FALSE(Day::parse("99999-1-1"));  // would be written with more than ten characters
 }
 
+TEST(Day, TypedDaysMustBeOnTheCalendar) {
+    for (const char* missing : {"2027-02-30", "2027-04-31", "2026-02-29", "2100-02-29", "2026-06-31"}) {
+        EXPECT_FALSE(Day::parseExisting(missing)) << missing;
+        EXPECT_TRUE(Day::parse(missing)) << missing << " must still read back from a stored vault";
+    }
+    EXPECT_EQ(Day::parseExisting("2028-02-29"), (Day{2028, 2, 29}));
+    EXPECT_EQ(Day::parseExisting("2000-02-29"), (Day{2000, 2, 29}));
+    EXPECT_EQ(Day::parseExisting("2027-12-31"), (Day{2027, 12, 31}));
+    EXPECT_FALSE(Day::parseExisting("2027-13-01"));
+    EXPECT_FALSE(Day::parseExisting(""));
+}
+
 TEST(Day, FormatsForPeople) {
     EXPECT_EQ((Day{2026, 7, 4}).formatted(), "July 4, 2026");
     EXPECT_EQ((Day{2026, 7, 4}).shortFormatted(), "Jul 4, 2026");

@@ -6,6 +6,7 @@
 #include "vault/VaultStore.h"
 
 #include <gtest/gtest.h>
+#include <unistd.h>
 
 #include <algorithm>
 #include <fstream>
@@ -62,7 +63,9 @@ TEST(VaultBackup, RestoresOnAFreshDeviceWithEveryRecordAndLiveDocumentOnce) {
 
     const auto archive = store.exportBackup("pass phrase");
     ASSERT_TRUE(archive) << archive.error().message();
-    EXPECT_EQ(*archive, office.home / "tmp/PembrosePreview/Corvale Backup 2026-11-18.pbbackup");
+    const fs::path folder = office.home / "tmp" / VaultStore::defaultBackupFolderName();
+    EXPECT_EQ(*archive, folder / "Corvale Backup 2026-11-18.pbbackup");
+    EXPECT_EQ(fs::symlink_status(folder).permissions(), fs::perms::owner_all);
     const auto entries = ZipReader::entries(fileBytes(*archive));
     std::vector<std::string> names;
     for (const auto& [name, bytes] : entries) names.push_back(name);
@@ -161,6 +164,43 @@ TEST(VaultBackup, ADamagedBlobStopsTheRestoreWithoutAVault) {
     EXPECT_EQ(restored.phase(), VaultPhase::welcome);
     EXPECT_FALSE(fs::exists(restored.vaultDirectory() / "vault.pbv"));
     EXPECT_EQ(fresh.secrets.itemCount(), 0u);
+}
+
+TEST(VaultBackup, TheDefaultFolderIsThisUsersOwnOrNothingIsWritten) {
+    DiskDevice office;
+    VaultStore store(office.setup());
+    ASSERT_TRUE(store.create(anaRuiz()));
+    const fs::path folder = office.home / "tmp" / VaultStore::defaultBackupFolderName();
+    EXPECT_NE(VaultStore::defaultBackupFolderName().find(std::to_string(::geteuid())), std::string::npos);
+
+    // A link planted where the folder goes is refused, not followed.
+    const fs::path elsewhere = office.home / "elsewhere";
+    fs::create_directories(elsewhere);
+    fs::create_directories(office.home / "tmp");
+    fs::create_directory_symlink(elsewhere, folder);
+    const auto refused = store.exportBackup("pass phrase");
+    ASSERT_FALSE(refused);
+    EXPECT_EQ(refused.error().message(),
+              "Corvale isn't allowed to use " + folder.string() + ", so check the folder's permissions.");
+    EXPECT_TRUE(fs::is_empty(elsewhere));
+    EXPECT_FALSE(store.prefs().timestamp(Prefs::kLastBackup));
+
+    // Another user's folder is refused too; only root can make one to try it with.
+    fs::remove(folder);
+    fs::create_directory(folder);
+    if (::geteuid() == 0) {
+        ASSERT_EQ(::chown(folder.c_str(), 65534, 65534), 0);
+        ASSERT_FALSE(store.exportBackup("pass phrase"));
+        EXPECT_TRUE(fs::is_empty(folder));
+        ASSERT_EQ(::chown(folder.c_str(), 0, 0), 0);
+    }
+
+    // A folder of ours that anyone may write to is tightened before the archive goes in.
+    fs::permissions(folder, fs::perms::all);
+    const auto archive = store.exportBackup("pass phrase");
+    ASSERT_TRUE(archive) << archive.error().message();
+    EXPECT_EQ(archive->parent_path(), folder);
+    EXPECT_EQ(fs::symlink_status(folder).permissions(), fs::perms::owner_all);
 }
 
 TEST(VaultBackup, AnArchiveThatIsNotABackupChangesNothing) {

@@ -261,6 +261,90 @@ TEST(VaultStore, AnOlderInstallationMovesAcrossOnce) {
     EXPECT_TRUE(store.prefs().flag(Prefs::kMigrated));
     ASSERT_TRUE(store.prefs().value("seenTips"));
     EXPECT_FALSE(device.files.exists(device.home / "share/Pembrose"));
+    // One item holds the key afterwards: the older one went once it was copied.
+    EXPECT_FALSE(device.secrets.load(VaultKeychain::olderService(), "vault-key").value());
+    EXPECT_EQ(device.secrets.itemCount(), 1u);
+}
+
+TEST(VaultStore, EraseLeavesNoItemHoldingTheKeyUnderEitherName) {
+    Device device;
+    {
+        VaultStore store(device.setup());
+        ASSERT_TRUE(store.create(nurse({})));
+        // As an earlier migration left it: the key under the older name as well.
+        const auto key = device.secrets.load(VaultKeychain::service(), "vault-key").value();
+        ASSERT_TRUE(device.secrets.save(VaultKeychain::olderService(), "vault-key", (*key).view()));
+        ASSERT_TRUE(store.erase());
+        EXPECT_EQ(device.secrets.itemCount(), 0u);
+    }
+
+    // The next start must not bring the key back from anywhere.
+    VaultStore again(device.setup());
+    ASSERT_TRUE(again.start());
+    EXPECT_EQ(again.phase(), VaultPhase::welcome);
+    EXPECT_EQ(device.secrets.itemCount(), 0u);
+}
+
+TEST(VaultStore, ADocumentCopySavedElsewhereIsWholeOrNotThere) {
+    Device device;
+    VaultStore store(device.setup());
+    ASSERT_TRUE(store.create(nurse({})));
+    const auto added = store.addDocument(asBytes("licence scan"), DocumentRecord{});
+    ASSERT_TRUE(added);
+    ASSERT_TRUE(device.files.createDirectories("/home/ana/Documents"));
+    ASSERT_TRUE(store.saveDocumentCopy(added->id, "/home/ana/Documents/licence.pdf"));
+    EXPECT_EQ(asText(device.files.readFile("/home/ana/Documents/licence.pdf").value()), "licence scan");
+
+    device.files.failWritesAfter(4);
+    const auto cut = store.saveDocumentCopy(added->id, "/home/ana/Documents/again.pdf");
+    ASSERT_FALSE(cut);
+    EXPECT_EQ(cut.error().code, VaultError::Code::storage);
+    EXPECT_FALSE(device.files.exists("/home/ana/Documents/again.pdf"));
+    EXPECT_EQ(device.files.list("/home/ana/Documents"), std::vector<std::string>{"licence.pdf"});
+    device.files.clearWriteFailures();
+
+    EXPECT_EQ(store.saveDocumentCopy("no-such-id", "/home/ana/Documents/x.pdf").error().code,
+              VaultError::Code::noSuchRecord);
+    ASSERT_TRUE(store.setAppLock(true));
+    ASSERT_TRUE(store.lock());
+    EXPECT_EQ(store.saveDocumentCopy(added->id, "/home/ana/Documents/x.pdf").error().code, VaultError::Code::locked);
+}
+
+TEST(VaultStore, PlainCopiesGoOnLockAndAtTheNextStartButOutliveTheProcessThatMadeThem) {
+    char pattern[] = "/tmp/corvale-copies-XXXXXX";
+    const fs::path temporary = mkdtemp(pattern);
+    Device device;
+    VaultStoreSetup setup = device.setup();
+    setup.temporaryDirectory = temporary;
+    fs::path copy;
+    {
+        VaultStore store(setup);
+        ASSERT_TRUE(store.create(nurse({})));
+        const auto added = store.addDocument(asBytes("licence scan"), DocumentRecord{});
+        ASSERT_TRUE(added);
+        // Locking clears them even with the app lock off, when the records themselves stay open.
+        copy = store.temporaryFile(added->id).value();
+        ASSERT_TRUE(fs::exists(copy));
+        ASSERT_TRUE(store.lock());
+        EXPECT_EQ(store.phase(), VaultPhase::ready);
+        EXPECT_FALSE(fs::exists(copy));
+
+        ASSERT_TRUE(store.setAppLock(true));
+        copy = store.temporaryFile(added->id).value();
+        ASSERT_TRUE(store.lock());
+        EXPECT_EQ(store.phase(), VaultPhase::locked);
+        EXPECT_FALSE(fs::exists(copy));
+
+        ASSERT_TRUE(store.unlock());
+        copy = store.temporaryFile(added->id).value();
+    }
+    // A command that prints a copy's path and ends leaves it for the viewer.
+    EXPECT_TRUE(fs::exists(copy));
+    VaultStore next(setup);
+    ASSERT_TRUE(next.start());
+    EXPECT_FALSE(fs::exists(copy));
+    EXPECT_TRUE(fs::is_empty(temporary));
+    fs::remove_all(temporary);
 }
 
 }  // namespace

@@ -395,6 +395,8 @@ TEST(VaultFiles, EraseRemovesEverythingEvenWhenTheKeychainRefuses) {
     VaultFiles files(fileSystem, countingKey(0x40), kDirectory, temporary.path);
     for (const bool refuse : {false, true}) {
         ASSERT_TRUE(keychain.saveVaultKey(countingKey(0x40)));
+        // The item an older installation left: it holds the same key.
+        ASSERT_TRUE(store.save(VaultKeychain::olderService(), "vault-key", countingKey(0x40).view()));
         ASSERT_TRUE(files.saveDocument(VaultDocument::makeEmpty()));
         DocumentRecord record;
         record.id = "doc-1";
