@@ -70,8 +70,9 @@ Result<OpenedBackup, VaultError> openBackup(const std::filesystem::path& archive
     }
     if (!keyEntry || !documentEntry) return fail(VaultError::badFormat());
 
+    if (entries[*keyEntry].size > VaultFiles::kKeyFileMaxBytes) return fail(VaultError::badFormat());
     const auto keyText = reader->read(entries[*keyEntry]);
-    if (!keyText || keyText->size() > VaultFiles::kKeyFileMaxBytes) return fail(VaultError::badFormat());
+    if (!keyText) return fail(VaultError::badFormat());
     auto keyFile = KeyFile::parse(asText(*keyText));
     if (!keyFile) return fail(keyFile.error());
     auto key = keyFile->open(passphrase);

@@ -340,6 +340,13 @@ std::vector<BadBackup> badBackups(const Bytes& good, const std::string& scanName
         cases.push_back({"missing blob", rebuilt(std::move(missing)), "pass phrase", damaged});
     }
     {
+        // Still a key file that opens, but longer than any key file need be.
+        auto padded = entries;
+        padded["vault.key"].resize(VaultFiles::kKeyFileMaxBytes + 1, ' ');
+        cases.push_back(
+            {"oversized key file", rebuilt(std::move(padded)), "pass phrase", "This file isn't a Corvale vault."});
+    }
+    {
         auto flipped = entries;
         flipped["vault.pbv"][40] ^= 0x01;
         cases.push_back({"document flipped", rebuilt(std::move(flipped)), "pass phrase", damaged});
