@@ -380,13 +380,20 @@ Result<void, VaultError> VaultStore::install(
     if (auto written = disk.replaceFileAtomically(staging / VaultFiles::kDocumentFileName, sealedDocument); !written)
         return abandon(VaultError::storage(written.error()));
 
-    if (auto saved = m_keychain.saveVaultKey(key); !saved) return abandon(saved.error());
-    if (auto swapped = disk.exchange(staging, vaultDirectory()); !swapped) {
-        // The files never changed, so neither may the key that opens them.
+    // The files stay as they were on any failure from here, so the key that opens them must too
+    // (saving replaces the item, and a refused save may already have removed the old one).
+    const auto putBackKey = [&] {
         if (*previousKey)
             (void)m_keychain.saveVaultKey(**previousKey);
         else
             (void)m_keychain.deleteVaultKey();
+    };
+    if (auto saved = m_keychain.saveVaultKey(key); !saved) {
+        putBackKey();
+        return abandon(saved.error());
+    }
+    if (auto swapped = disk.exchange(staging, vaultDirectory()); !swapped) {
+        putBackKey();
         return abandon(VaultError::storage(swapped.error()));
     }
     // The staging path now names the replaced vault, and its lock file the one this process held.
