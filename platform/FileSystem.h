@@ -47,6 +47,13 @@ public:
     // temporary file is removed and `path` is untouched.
     virtual Result<void, FileError> replaceFileAtomically(const std::filesystem::path& path, ByteView contents) = 0;
 
+    // For filling a folder that nothing uses yet: writes a new file (failing
+    // if `path` exists) and flushes it, but not its folder, which one
+    // flushFolder() covers after many files. Owner-only, like every new file.
+    virtual Result<void, FileError> createFile(const std::filesystem::path& path, ByteView contents) = 0;
+    // Makes the names created or renamed in `folder` survive a crash; best effort.
+    virtual void flushFolder(const std::filesystem::path& folder) = 0;
+
     virtual bool exists(const std::filesystem::path& path) = 0;
     // Creates missing folders (owner-only permissions); succeeds if they exist.
     virtual Result<void, FileError> createDirectories(const std::filesystem::path& path) = 0;

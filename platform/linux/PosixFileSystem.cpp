@@ -196,6 +196,26 @@ Result<void, FileError> PosixFileSystem::replaceFileAtomically(const std::filesy
     return {};
 }
 
+Result<void, FileError> PosixFileSystem::createFile(const std::filesystem::path& path, ByteView contents) {
+    Descriptor fd(::open(path.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_NOFOLLOW | O_CLOEXEC, 0600));
+    if (fd.get() < 0) {
+        return fail(errorFor(errno, path));
+    }
+    if (!writeAll(fd.get(), contents) || fsyncRetrying(fd.get()) != 0 || !fd.close()) {
+        const int error = errno;
+        ::unlink(path.c_str());
+        return fail(errorFor(error, path));
+    }
+    return {};
+}
+
+void PosixFileSystem::flushFolder(const std::filesystem::path& folder) {
+    const Descriptor directory(::open(folder.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
+    if (directory.get() >= 0) {
+        fsyncRetrying(directory.get());
+    }
+}
+
 bool PosixFileSystem::exists(const std::filesystem::path& path) {
     struct stat info {};
     return ::stat(path.c_str(), &info) == 0;

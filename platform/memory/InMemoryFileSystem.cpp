@@ -82,6 +82,15 @@ Result<void, FileError> InMemoryFileSystem::replaceFileAtomically(const std::fil
     return {};
 }
 
+Result<void, FileError> InMemoryFileSystem::createFile(const std::filesystem::path& path, ByteView contents) {
+    if (exists(path)) {
+        return fail(errorFor(FileError::Code::other, EEXIST, path));
+    }
+    return replaceFileAtomically(path, contents);
+}
+
+void InMemoryFileSystem::flushFolder(const std::filesystem::path&) {}
+
 bool InMemoryFileSystem::exists(const std::filesystem::path& path) {
     const std::filesystem::path key = normalized(path);
     return m_files.contains(key) || m_directories.contains(key);

@@ -22,6 +22,8 @@ public:
     // Holds no links, pipes or devices, so only folders are refused as not a file.
     Result<Bytes, FileError> readRegularFile(const std::filesystem::path& path, std::uint64_t maxBytes) override;
     Result<void, FileError> replaceFileAtomically(const std::filesystem::path& path, ByteView contents) override;
+    Result<void, FileError> createFile(const std::filesystem::path& path, ByteView contents) override;
+    void flushFolder(const std::filesystem::path& folder) override;
     bool exists(const std::filesystem::path& path) override;
     Result<void, FileError> createDirectories(const std::filesystem::path& path) override;
     Result<void, FileError> removeFile(const std::filesystem::path& path) override;

@@ -114,6 +114,13 @@ TEST_P(FileSystemContract, BoundedReadsTakeOnlyPlainFilesAndExchangeSwapsFolders
     EXPECT_EQ(failure(fs().readRegularFile(root / "file", 11)), FileError::Code::tooLarge);
     EXPECT_EQ(failure(fs().readRegularFile(root / "folder", 100)), FileError::Code::notAFile);
     EXPECT_EQ(failure(fs().readRegularFile(root / "absent", 100)), FileError::Code::notFound);
+    // A new file only: one already there, or a folder, stays as it was.
+    ASSERT_TRUE(fs().createFile(root / "new", asBytes("fresh")).ok());
+    EXPECT_EQ(contentsOf(fs(), root / "new"), "fresh");
+    EXPECT_FALSE(fs().createFile(root / "file", asBytes("over")).ok());
+    EXPECT_EQ(contentsOf(fs(), root / "file"), "twelve bytes");
+    EXPECT_FALSE(fs().createFile(root / "folder", asBytes("over")).ok());
+    fs().flushFolder(root);
 
     ASSERT_TRUE(fs().createDirectories(root / "a").ok());
     ASSERT_TRUE(fs().createDirectories(root / "b" / "inner").ok());
