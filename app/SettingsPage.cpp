@@ -1,8 +1,8 @@
 #include "app/SettingsPage.h"
 
 #include "app/AppContext.h"
-#include "app/LongTask.h"
 #include "app/FormParts.h"
+#include "app/LongTask.h"
 #include "app/Theme.h"
 #include "platform/Clock.h"
 #include "records/Degree.h"
@@ -93,9 +93,6 @@ QString idleText(int minutes) {
     if (minutes == 1) return QObject::tr("After 1 minute");
     return QObject::tr("After %1 minutes").arg(minutes);
 }
-
-
-
 
 QFrame* inset(QWidget* parent) {
     auto* frame = new QFrame(parent);
@@ -664,19 +661,18 @@ void SettingsPage::restore() {
     const std::string passphrase = m_restorePassphrase->text().toStdString();
     const std::filesystem::path archive = pathOf(m_restorePath);
     const QString name = QFileInfo(m_restorePath).fileName();
+    // The restore proves the whole backup before it takes the vault's place,
+    // so a failure leaves this vault open as it was.
     const auto failed = LongTask::run(this, tr("Restoring the backup…"), [&store, passphrase, archive] {
-        // The backup was checked, so the restore decides: what a partial erase
-        // left behind is overwritten by the restore or is harmless beside it.
-        (void)store.erase();
-        return failureOf(store.restoreBackup(archive, passphrase));
+        return failureOf(store.replaceWithBackup(archive, passphrase));
     });
-    closePanels();
     if (failed) {
-        // The vault is gone by now; the window takes the user to starting over.
-        emit notify(text(failed->message()));
-        emit phaseChanged();
+        showMessage(m_restoreError, text(failed->message()));
+        m_restoreConfirm->setVisible(false);
+        m_checkRestore->setEnabled(true);
         return;
     }
+    closePanels();
     reload();
     emit phaseChanged();
     emit recordsChanged();

@@ -43,6 +43,8 @@ std::string ArchiveError::message() const {
         return "This backup holds compressed files that Corvale can't read, so make the backup again from Corvale.";
     case Code::extractFailed:
         return name + " couldn't be restored" + reason + ", so check the disk has space and try again.";
+    case Code::inconsistent:
+        return "This backup's files overlap or disagree about their names, so restore from another copy of it.";
     }
     return "This backup is damaged, so restore from another copy of it.";
 }

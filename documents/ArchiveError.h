@@ -20,6 +20,7 @@ struct ArchiveError {
         damaged,           // an entry's bytes don't match its checksum or lie outside the file
         unsupported,       // an entry that isn't stored (compressed by another tool)
         extractFailed,     // an entry couldn't be written out to its destination
+        inconsistent,      // entries share bytes or their two names differ
     };
 
     Code code = Code::damaged;

@@ -2,7 +2,10 @@
 
 #include "documents/ZipLayout.h"
 
+#include <algorithm>
 #include <array>
+#include <string>
+#include <utility>
 
 namespace corvale::zip {
 
@@ -124,6 +127,7 @@ std::vector<ZipEntry> listEntries(const ByteSource& source, std::uint64_t endRec
         if (le(local, 0, 4) != kLocalSignature) {
             break;
         }
+        entry.headerOffset = localAt;
         entry.dataOffset = localAt + kLocalSize + le(local, 26, 2) + le(local, 28, 2);
         if (!inside(source, entry.dataOffset, entry.size)) {
             break;
@@ -131,6 +135,29 @@ std::vector<ZipEntry> listEntries(const ByteSource& source, std::uint64_t endRec
         entries.push_back(std::move(entry));
     }
     return entries;
+}
+
+bool consistent(const ByteSource& source, const std::vector<ZipEntry>& entries, std::uint64_t endRecord) {
+    const std::uint64_t directory = centralDirectoryOffset(source, endRecord);
+    std::vector<std::pair<std::uint64_t, std::uint64_t>> spans;
+    std::array<std::uint8_t, kLocalSize> local{};
+    std::string name;
+    for (const ZipEntry& entry : entries) {
+        if (entry.method != 0) continue;  // never read, so never trusted
+        source.readAt(entry.headerOffset, local);
+        name.resize(static_cast<std::size_t>(le(local, 26, 2)));
+        source.readAt(entry.headerOffset + kLocalSize, {reinterpret_cast<std::uint8_t*>(name.data()), name.size()});
+        if (name != entry.name) return false;
+        // listEntries proved the data lies inside the source, so this cannot wrap.
+        const std::uint64_t end = entry.dataOffset + entry.size;
+        if (end > directory) return false;
+        spans.emplace_back(entry.headerOffset, end);
+    }
+    std::sort(spans.begin(), spans.end());
+    for (std::size_t i = 1; i < spans.size(); ++i) {
+        if (spans[i].first < spans[i - 1].second) return false;
+    }
+    return true;
 }
 
 }  // namespace corvale::zip

@@ -26,4 +26,9 @@ std::optional<std::uint64_t> findEndRecord(ByteView tail, std::uint64_t tailStar
 // Every entry of the central directory up to the first fault.
 std::vector<ZipEntry> listEntries(const ByteSource& source, std::uint64_t endRecord);
 
+// Whether the stored entries listed each own their bytes (header, name and
+// data apart from every other entry's and before the directory) and their
+// local headers carry the directory's names.
+bool consistent(const ByteSource& source, const std::vector<ZipEntry>& entries, std::uint64_t endRecord);
+
 }  // namespace corvale::zip

@@ -115,7 +115,13 @@ ZipFileReader& ZipFileReader::operator=(ZipFileReader&& other) noexcept {
     return *this;
 }
 
-Result<ZipFileReader, ArchiveError> ZipFileReader::open(const std::filesystem::path& path) {
+Result<ZipFileReader, ArchiveError> ZipFileReader::open(const std::filesystem::path& path) { return open(path, false); }
+
+Result<ZipFileReader, ArchiveError> ZipFileReader::openChecked(const std::filesystem::path& path) {
+    return open(path, true);
+}
+
+Result<ZipFileReader, ArchiveError> ZipFileReader::open(const std::filesystem::path& path, bool checked) {
     posix::Descriptor fd(::open(path.c_str(), O_RDONLY | O_CLOEXEC));
     struct stat info {};
     if (fd.get() < 0 || ::fstat(fd.get(), &info) != 0) {
@@ -131,7 +137,11 @@ Result<ZipFileReader, ArchiveError> ZipFileReader::open(const std::filesystem::p
     }
     ZipFileReader reader(fd.release(), path, size);
     if (const auto end = zip::findEndRecord(tail, size - tail.size())) {
-        reader.m_entries = zip::listEntries(FileSource(reader.m_fd, size), *end);
+        const FileSource source(reader.m_fd, size);
+        reader.m_entries = zip::listEntries(source, *end);
+        if (checked && !zip::consistent(source, reader.m_entries, *end)) {
+            return fail(ArchiveError::make(Code::inconsistent, 0, path));
+        }
     }
     return reader;
 }

@@ -19,8 +19,9 @@ struct ZipEntry {
     std::string name;
     std::uint64_t size = 0;  // of the data as stored
     std::uint32_t crc = 0;
-    std::uint64_t dataOffset = 0;  // stored entries only
-    std::uint16_t method = 0;      // 0 = stored
+    std::uint64_t dataOffset = 0;    // stored entries only
+    std::uint64_t headerOffset = 0;  // of the local header, stored entries only
+    std::uint16_t method = 0;        // 0 = stored
 };
 
 class ZipReader {
@@ -37,11 +38,18 @@ public:
     // Fails only if the file can't be opened; a file that isn't an archive
     // lists no entries.
     static Result<ZipFileReader, ArchiveError> open(const std::filesystem::path& path);
+    // For archives whose parts are trusted only once proven: also refuses
+    // (inconsistent) stored entries that share bytes with each other or with
+    // the directory, and local names that differ from the directory's, since
+    // either lets one archive read differently to different readers.
+    static Result<ZipFileReader, ArchiveError> openChecked(const std::filesystem::path& path);
     ~ZipFileReader();
     ZipFileReader(ZipFileReader&&) noexcept;
     ZipFileReader& operator=(ZipFileReader&&) noexcept;
 
     const std::vector<ZipEntry>& entries() const { return m_entries; }
+    // Of the whole archive file.
+    std::uint64_t size() const { return m_size; }
 
     // The entry's bytes, after checking them against its checksum.
     Result<Bytes, ArchiveError> read(const ZipEntry& entry) const;
@@ -57,6 +65,7 @@ public:
 
 private:
     ZipFileReader(int fd, std::filesystem::path path, std::uint64_t size);
+    static Result<ZipFileReader, ArchiveError> open(const std::filesystem::path& path, bool checked);
     Result<void, ArchiveError> checkReadable(const ZipEntry& entry) const;
 
     int m_fd = -1;

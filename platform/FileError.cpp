@@ -39,6 +39,10 @@ std::string FileError::message() const {
                ", so check the folder's permissions.";
     case Code::notFound:
         return name + " couldn't be found.";
+    case Code::notAFile:
+        return name + " is a link, folder or device rather than a plain file, so choose the file itself.";
+    case Code::tooLarge:
+        return name + " is larger than Corvale reads, so check it is the right file.";
     case Code::other:
         break;
     }

@@ -5,6 +5,7 @@
 #include "platform/Bytes.h"
 #include "platform/Result.h"
 
+#include <cstdint>
 #include <filesystem>
 #include <memory>
 #include <optional>
@@ -14,7 +15,7 @@
 namespace corvale {
 
 struct FileError {
-    enum class Code { notFound, permissionDenied, noSpace, other };
+    enum class Code { notFound, permissionDenied, noSpace, notAFile, tooLarge, other };
     Code code = Code::other;
     int systemError = 0;  // errno where there is one
     std::filesystem::path path;
@@ -35,12 +36,23 @@ public:
     virtual ~FileSystem() = default;
 
     virtual Result<Bytes, FileError> readFile(const std::filesystem::path& path) = 0;
+    // For files brought from elsewhere: refuses (notAFile) a symbolic link at
+    // `path` rather than following it, and anything but a plain file (a
+    // folder, pipe or device); refuses (tooLarge) more than `maxBytes`.
+    virtual Result<Bytes, FileError> readRegularFile(const std::filesystem::path& path, std::uint64_t maxBytes) = 0;
 
     // Writes a temporary file in the same folder, flushes it, renames it over
     // `path` and flushes the folder, so a crash leaves the old or the new file
     // whole. New files are readable by the owner only. On failure the
     // temporary file is removed and `path` is untouched.
     virtual Result<void, FileError> replaceFileAtomically(const std::filesystem::path& path, ByteView contents) = 0;
+
+    // For filling a folder that nothing uses yet: writes a new file (failing
+    // if `path` exists) and flushes it, but not its folder, which one
+    // flushFolder() covers after many files. Owner-only, like every new file.
+    virtual Result<void, FileError> createFile(const std::filesystem::path& path, ByteView contents) = 0;
+    // Makes the names created or renamed in `folder` survive a crash; best effort.
+    virtual void flushFolder(const std::filesystem::path& folder) = 0;
 
     virtual bool exists(const std::filesystem::path& path) = 0;
     // Creates missing folders (owner-only permissions); succeeds if they exist.
@@ -50,6 +62,11 @@ public:
     virtual Result<void, FileError> removeAll(const std::filesystem::path& path) = 0;
     // Moves a file or folder within one disk; fails if `to` exists.
     virtual Result<void, FileError> rename(const std::filesystem::path& from, const std::filesystem::path& to) = 0;
+    // Swaps two existing folders on one disk, so each path names what the
+    // other did; in one step where the file system allows. On failure both
+    // are where they were.
+    virtual Result<void, FileError> exchange(const std::filesystem::path& first,
+                                             const std::filesystem::path& second) = 0;
     // Names (not paths) of the entries of a folder; empty when it does not exist.
     virtual std::vector<std::string> list(const std::filesystem::path& directory) = 0;
 

@@ -5,9 +5,13 @@
 namespace corvale {
 
 Result<JSONValue, RecordError> parseJSON(std::string_view text) {
+    // The tree is converted recursively, so the parser refuses deep nesting first.
     simdjson::dom::parser parser;
+    if (parser.allocate(text.size(), kJSONMaxDepth) != simdjson::SUCCESS) return fail(RecordError::invalidJSON);
     simdjson::dom::element root;
-    if (parser.parse(text.data(), text.size(), true).get(root) != simdjson::SUCCESS) return fail(RecordError::invalidJSON);
+    const auto parsed = parser.parse(text.data(), text.size(), true);
+    if (parsed.error() == simdjson::DEPTH_ERROR) return fail(RecordError::tooDeep);
+    if (parsed.get(root) != simdjson::SUCCESS) return fail(RecordError::invalidJSON);
     return toJSONValue(root);
 }
 

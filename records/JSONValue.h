@@ -15,6 +15,10 @@
 
 namespace corvale {
 
+// How deep arrays and objects may nest in JSON we read. Far beyond anything
+// we write; deeper text is refused rather than recursed into.
+inline constexpr std::size_t kJSONMaxDepth = 128;
+
 class JSONValue {
 public:
     using Array = std::vector<JSONValue>;

@@ -200,62 +200,67 @@ Read Reader::read(Value& v, JSONValue& out) {
     return m_broken ? Read::invalid : Read::ok;
 }
 
-JSONValue Reader::toJSON(Value& v) {
+JSONValue Reader::toJSON(Value& v, std::size_t depth) {
     const auto type = typeOf(v);
     if (!type) {
         markBroken();
         return nullptr;
     }
+    if ((*type == json_type::array || *type == json_type::object) && depth > kJSONMaxDepth) {
+        m_tooDeep = true;
+        markBroken();
+        return nullptr;
+    }
     switch (*type) {
-        case json_type::array: {
-            JSONValue::Array values;
-            simdjson::ondemand::array array;
-            if (v.get_array().get(array) != simdjson::SUCCESS) break;
-            for (auto element : array) {
-                Value child;
-                if (element.get(child) != simdjson::SUCCESS) markBroken();
-                if (m_broken) return nullptr;
-                values.push_back(toJSON(child));
-                if (m_broken) return nullptr;
-            }
-            return values;
+    case json_type::array: {
+        JSONValue::Array values;
+        simdjson::ondemand::array array;
+        if (v.get_array().get(array) != simdjson::SUCCESS) break;
+        for (auto element : array) {
+            Value child;
+            if (element.get(child) != simdjson::SUCCESS) markBroken();
+            if (m_broken) return nullptr;
+            values.push_back(toJSON(child, depth + 1));
+            if (m_broken) return nullptr;
         }
-        case json_type::object: {
-            JSONValue::Object values;
-            simdjson::ondemand::object object;
-            if (v.get_object().get(object) != simdjson::SUCCESS) break;
-            for (auto field : object) {
-                const auto key = this->key(field);
-                Value child;
-                if (!key || field.value().get(child) != simdjson::SUCCESS) markBroken();
-                if (m_broken) return nullptr;
-                std::string name(*key);
-                // Later duplicates win, as they would for any reader that fills a map.
-                values.insert_or_assign(std::move(name), toJSON(child));
-                if (m_broken) return nullptr;
-            }
-            return values;
+        return values;
+    }
+    case json_type::object: {
+        JSONValue::Object values;
+        simdjson::ondemand::object object;
+        if (v.get_object().get(object) != simdjson::SUCCESS) break;
+        for (auto field : object) {
+            const auto key = this->key(field);
+            Value child;
+            if (!key || field.value().get(child) != simdjson::SUCCESS) markBroken();
+            if (m_broken) return nullptr;
+            std::string name(*key);
+            // Later duplicates win, as they would for any reader that fills a map.
+            values.insert_or_assign(std::move(name), toJSON(child, depth + 1));
+            if (m_broken) return nullptr;
         }
-        case json_type::number: {
-            double value = 0;
-            if (v.get_double().get(value) != simdjson::SUCCESS) break;
-            return value;
-        }
-        case json_type::string: {
-            const auto value = text(v);
-            if (!value) break;
-            return std::string(*value);
-        }
-        case json_type::boolean: {
-            bool value = false;
-            if (v.get_bool().get(value) != simdjson::SUCCESS) break;
-            return value;
-        }
-        case json_type::null: {
-            bool isNull = false;
-            if (v.is_null().get(isNull) != simdjson::SUCCESS || !isNull) break;
-            return nullptr;
-        }
+        return values;
+    }
+    case json_type::number: {
+        double value = 0;
+        if (v.get_double().get(value) != simdjson::SUCCESS) break;
+        return value;
+    }
+    case json_type::string: {
+        const auto value = text(v);
+        if (!value) break;
+        return std::string(*value);
+    }
+    case json_type::boolean: {
+        bool value = false;
+        if (v.get_bool().get(value) != simdjson::SUCCESS) break;
+        return value;
+    }
+    case json_type::null: {
+        bool isNull = false;
+        if (v.is_null().get(isNull) != simdjson::SUCCESS || !isNull) break;
+        return nullptr;
+    }
     }
     markBroken();
     return nullptr;

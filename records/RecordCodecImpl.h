@@ -28,10 +28,14 @@ struct NullVisitor {
 };
 
 template <class T>
-concept Record = requires(T& record, NullVisitor& visitor) { fields::visit(visitor, record); };
+concept Record = requires(T& record, NullVisitor& visitor) {
+    fields::visit(visitor, record);
+};
 
 template <class T>
-concept HasExtra = requires(T& record) { record.extra; };
+concept HasExtra = requires(T& record) {
+    record.extra;
+};
 
 template <class T>
 struct IsOptional : std::false_type {};
@@ -133,6 +137,8 @@ class Reader {
 public:
     bool broken() const { return m_broken; }
     void markBroken() { m_broken = true; }
+    // Broken because a kept value nested past kJSONMaxDepth.
+    bool tooDeep() const { return m_tooDeep; }
 
     // The string's text; points into the input when it has no escapes.
     std::optional<std::string_view> text(Value& value);
@@ -163,7 +169,9 @@ public:
     Read read(Value& v, Day& out);
     Read read(Value& v, Timestamp& out);
     Read read(Value& v, JSONValue& out);
-    JSONValue toJSON(Value& v);
+    // Recursive, so the depth is capped: hostile nesting fails the document
+    // instead of exhausting the stack.
+    JSONValue toJSON(Value& v, std::size_t depth = 1);
 
     template <Record T>
     Read read(Value& v, T& out) {
@@ -240,7 +248,8 @@ public:
             }
             if constexpr (std::is_same_v<T, JSONValue>) {
                 simdjson::ondemand::json_type type;
-                if (child.type().get(type) != simdjson::SUCCESS || type != simdjson::ondemand::json_type::object) continue;
+                if (child.type().get(type) != simdjson::SUCCESS || type != simdjson::ondemand::json_type::object)
+                    continue;
             }
             T value{};
             if (read(child, value) == Read::ok)
@@ -259,6 +268,7 @@ public:
 
 private:
     bool m_broken = false;
+    bool m_tooDeep = false;
 };
 
 class FieldMatcher {

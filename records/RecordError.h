@@ -8,6 +8,7 @@ enum class RecordError {
     invalidJSON,
     notVaultDocument,
     malformedRecord,
+    tooDeep,  // nested past kJSONMaxDepth
 };
 
 std::string message(RecordError error);

@@ -11,7 +11,8 @@ std::size_t estimatedSize(const VaultDocument& document) {
     std::size_t size = 4096;
     size += document.people.size() * 1024 + document.credentials.size() * 512 + document.cme.size() * 384 +
             document.packets.size() * 512 + document.healthRecords.size() * 512;
-    for (const auto& record : document.documents) size += 512 + (record.text ? record.text->size() + record.text->size() / 8 : 0);
+    for (const auto& record : document.documents)
+        size += 512 + (record.text ? record.text->size() + record.text->size() / 8 : 0);
     return size;
 }
 
@@ -55,6 +56,7 @@ Result<VaultDocument, RecordError> decodePadded(simdjson::padded_string_view jso
     VaultDocument document;
     document.format.clear();
     const bool decoded = reader.decode(value, document);
+    if (reader.tooDeep()) return fail(RecordError::tooDeep);
     if (reader.broken()) return fail(RecordError::invalidJSON);
     if (decoded) {
         // Anything after the root object means the text was never one JSON value.

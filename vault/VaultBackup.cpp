@@ -8,7 +8,9 @@
 #include "vault/Sealer.h"
 #include "vault/VaultStore.h"
 
+#include <algorithm>
 #include <future>
+#include <map>
 #include <optional>
 #include <set>
 #include <string_view>
@@ -26,40 +28,75 @@ std::string backupFileName(const Day& today) { return "Corvale Backup " + today.
 
 Failure<VaultError> damagedBackup() { return archiveFailure(ArchiveError::make(ArchiveError::Code::damaged)); }
 
-// What every reading of a backup starts from: its directory, where the parts
-// that matter lie in it, and the vault key its passphrase opens.
+// What every reading of a backup starts from: a consistent archive, the key
+// its passphrase opens, its sealed document, and its blobs by hash.
 struct OpenedBackup {
     ZipFileReader reader;
-    std::size_t document = 0;        // index into reader.entries()
-    std::vector<std::size_t> blobs;  // likewise, only entries named like a blob
     SecureBytes key;
+    Bytes sealedDocument;
+    std::set<std::string> referenced;          // by live records of the document
+    std::map<std::string, std::size_t> blobs;  // hash to index into reader.entries()
 };
 
+Result<Bytes, VaultError> readEntry(const ZipFileReader& reader, const ZipEntry& entry, std::uint64_t limit) {
+    if (entry.size > limit) return damagedBackup();
+    auto bytes = reader.read(entry);
+    if (!bytes) return archiveFailure(bytes.error());
+    return std::move(bytes).value();
+}
+
 Result<OpenedBackup, VaultError> openBackup(const std::filesystem::path& archive, std::string_view passphrase) {
-    auto reader = ZipFileReader::open(archive);
+    auto reader = ZipFileReader::openChecked(archive);
     if (!reader) return archiveFailure(reader.error());
     std::optional<std::size_t> keyEntry;
     std::optional<std::size_t> documentEntry;
-    std::vector<std::size_t> blobs;
+    std::map<std::string, std::size_t> blobs;
+    std::set<std::string_view> names;
+    bool strayBlob = false;
     const auto& entries = reader->entries();
     for (std::size_t index = 0; index < entries.size(); ++index) {
         const std::string& name = entries[index].name;
+        // One name, one meaning: a repeated name would let two readers see two backups.
+        if (!names.insert(name).second) return damagedBackup();
         if (name == VaultStore::kKeyFileName) keyEntry = index;
         if (name == VaultFiles::kDocumentFileName) documentEntry = index;
+        if (!name.starts_with(kBlobsPrefix)) continue;
         // Only names a blob can have: nothing in an archive may choose where it lands.
-        if (name.starts_with(kBlobsPrefix) &&
-            VaultFiles::isBlobFileName(std::string_view(name).substr(kBlobsPrefix.size())))
-            blobs.push_back(index);
+        const std::string_view file = std::string_view(name).substr(kBlobsPrefix.size());
+        if (VaultFiles::isBlobFileName(file))
+            blobs.emplace(std::string(file.substr(0, file.size() - VaultFiles::kBlobExtension.size())), index);
+        else
+            strayBlob = true;
     }
     if (!keyEntry || !documentEntry) return fail(VaultError::badFormat());
 
-    auto keyText = reader->read(entries[*keyEntry]);
+    if (entries[*keyEntry].size > VaultFiles::kKeyFileMaxBytes) return fail(VaultError::badFormat());
+    const auto keyText = reader->read(entries[*keyEntry]);
     if (!keyText) return fail(VaultError::badFormat());
     auto keyFile = KeyFile::parse(asText(*keyText));
     if (!keyFile) return fail(keyFile.error());
     auto key = keyFile->open(passphrase);
-    if (!key) return fail(key.error());
-    return OpenedBackup{std::move(reader).value(), *documentEntry, std::move(blobs), std::move(key).value()};
+    if (!key) return fail(key.error());  // a wrong passphrase stops here, before anything is written
+
+    auto sealed = readEntry(*reader, entries[*documentEntry], VaultFiles::kDocumentMaxBytes);
+    if (!sealed) return fail(sealed.error());
+    std::set<std::string> referenced;
+    {
+        // Checksums only catch accidents; the key proves the document is what this backup sealed.
+        auto plain = Sealer::open(*sealed, key->view(), kJSONReadPadding);
+        if (!plain) return damagedBackup();
+        auto document = decodeVaultDocument(std::move(*plain));
+        if (!document) return damagedBackup();
+        referenced = VaultFiles::referencedBlobs(*document);
+    }
+    // Exactly the blobs the document refers to: one it does not would be
+    // installed for nothing, one it lacks would leave a record pointing at nothing.
+    if (strayBlob || blobs.size() != referenced.size()) return damagedBackup();
+    for (const auto& hash : referenced) {
+        if (!blobs.contains(hash)) return damagedBackup();
+    }
+    return OpenedBackup{std::move(reader).value(), std::move(key).value(), std::move(sealed).value(),
+                        std::move(referenced), std::move(blobs)};
 }
 
 }  // namespace
@@ -128,36 +165,35 @@ Result<std::filesystem::path, VaultError> VaultStore::exportBackup(std::string_v
 Result<void, VaultError> VaultStore::restoreBackup(const std::filesystem::path& archive, std::string_view passphrase) {
     if (auto started = start(); !started) return started;
     if (m_phase == VaultPhase::ready || m_phase == VaultPhase::locked) return fail(VaultError::vaultExists());
+    return restoreFrom(archive, passphrase);
+}
 
+Result<void, VaultError> VaultStore::replaceWithBackup(const std::filesystem::path& archive,
+                                                       std::string_view passphrase) {
+    if (auto ready = requireReady(); !ready) return ready;
+    // Should the restore fail, the vault left in place has every edit made so far.
+    if (auto saved = flush(); !saved) return saved;
+    return restoreFrom(archive, passphrase);
+}
+
+Result<void, VaultError> VaultStore::restoreFrom(const std::filesystem::path& archive, std::string_view passphrase) {
     auto backup = openBackup(archive, passphrase);
-    if (!backup) return fail(backup.error());  // a wrong passphrase stops here, before anything is written
+    if (!backup) return fail(backup.error());
     const ZipFileReader& reader = backup->reader;
     const auto& entries = reader.entries();
-    auto sealed = reader.read(entries[backup->document]);
-    if (!sealed) return archiveFailure(sealed.error());
-    return install(std::move(backup->key), *sealed, [&](const std::filesystem::path& folder) -> Result<void, VaultError> {
-        if (m_setup.files.isNative()) {
-            // Straight from the archive to disk, one chunk in memory; the
-            // folder is flushed once, before the document makes the vault real.
-            for (const std::size_t index : backup->blobs) {
-                const ZipEntry& entry = entries[index];
-                const auto name = entry.name.substr(kBlobsPrefix.size());
-                if (auto copied = reader.copyTo(entry, folder / name, ZipFileReader::FolderFlush::deferred); !copied)
-                    return archiveFailure(copied.error());
-            }
-            ZipFileReader::flushFolder(folder);
-            return {};
-        }
-        for (const std::size_t index : backup->blobs) {
-            const ZipEntry& entry = entries[index];
-            auto blob = reader.read(entry);
-            if (!blob) return archiveFailure(blob.error());
-            const auto name = entry.name.substr(kBlobsPrefix.size());
-            if (auto written = m_setup.files.replaceFileAtomically(folder / name, *blob); !written)
-                return fail(VaultError::storage(written.error()));
-        }
-        return {};
-    });
+    // Entries cannot share bytes, so this holds anyway; it is the promise that
+    // a restore never writes more than the archive brought.
+    std::uint64_t budget = reader.size() - std::min<std::uint64_t>(reader.size(), backup->sealedDocument.size());
+    auto installed = install(std::move(backup->key), backup->sealedDocument, backup->referenced,
+                             [&](const std::string& hash) -> Result<Bytes, VaultError> {
+                                 const ZipEntry& entry = entries[backup->blobs.at(hash)];
+                                 if (entry.size > budget) return damagedBackup();
+                                 budget -= entry.size;
+                                 return readEntry(reader, entry, VaultFiles::kBlobMaxBytes);
+                             });
+    // A blob that fails its proof is the backup's fault, and says so in its words.
+    if (!installed && installed.error().code == VaultError::Code::damaged) return damagedBackup();
+    return installed;
 }
 
 Result<void, VaultError> VaultStore::checkBackup(const std::filesystem::path& archive,
@@ -165,26 +201,10 @@ Result<void, VaultError> VaultStore::checkBackup(const std::filesystem::path& ar
     auto backup = openBackup(archive, passphrase);
     if (!backup) return fail(backup.error());
     const ZipFileReader& reader = backup->reader;
-    const auto& entries = reader.entries();
-    auto sealed = reader.read(entries[backup->document]);
-    if (!sealed) return archiveFailure(sealed.error());
-    // Checksums only catch accidents; the key proves each part is what this backup sealed.
-    {
-        auto plain = Sealer::open(*sealed, backup->key.view());
-        if (!plain) return damagedBackup();
-        if (!decodeVaultDocument(std::move(*plain))) return damagedBackup();
-    }
-    for (const std::size_t index : backup->blobs) {
-        const ZipEntry& entry = entries[index];
-        auto blob = reader.read(entry);
-        if (!blob) return archiveFailure(blob.error());
-        auto plain = Sealer::open(*blob, backup->key.view());
-        if (!plain) return damagedBackup();
-        const std::string_view name = std::string_view(entry.name).substr(kBlobsPrefix.size());
-        // A blob under another's name would restore as the wrong document.
-        const bool named = name.starts_with(crypto::hexLower(crypto::sha256(*plain)));
-        secureWipe(plain->data(), plain->size());
-        if (!named) return damagedBackup();
+    for (const auto& [hash, index] : backup->blobs) {
+        auto blob = readEntry(reader, reader.entries()[index], VaultFiles::kBlobMaxBytes);
+        if (!blob) return fail(blob.error());
+        if (!VaultFiles::checkSealedBlob(*blob, backup->key, hash)) return damagedBackup();
     }
     return {};
 }

@@ -44,6 +44,35 @@ bool VaultFiles::isBlobHash(std::string_view hash) {
                                             [](char c) { return (c >= '0' && c <= '9') || (c >= 'a' && c <= 'f'); });
 }
 
+std::string VaultFiles::blobFileName(std::string_view hash) {
+    std::string name(hash);
+    name += kBlobExtension;
+    return name;
+}
+
+std::set<std::string> VaultFiles::referencedBlobs(const VaultDocument& document) {
+    std::set<std::string> hashes;
+    for (const auto& record : document.documents) {
+        if (!record.deleted && isBlobHash(record.blobHash)) hashes.insert(record.blobHash);
+    }
+    return hashes;
+}
+
+Result<void, VaultError> VaultFiles::checkSealedBlob(ByteView sealed, const SecureBytes& key, std::string_view hash) {
+    auto plain = Sealer::open(sealed, key.view());
+    if (!plain) {
+        return fail(VaultError::damaged());
+    }
+    // Sealed under the right key is not enough: a blob under another's name
+    // would open as the wrong document.
+    const bool named = crypto::hexLower(crypto::sha256(*plain)) == hash;
+    secureWipe(plain->data(), plain->size());
+    if (!named) {
+        return fail(VaultError::damaged());
+    }
+    return {};
+}
+
 Result<Bytes, VaultError> VaultFiles::sealedDocument(const VaultDocument& document) const {
     std::string json = encodeVaultDocument(document);
     auto sealed = Sealer::seal(asBytes(json), m_key.view());
@@ -87,7 +116,8 @@ Result<VaultDocument, VaultError> VaultFiles::loadDocument() {
     }
     auto document = decodeVaultDocument(std::move(*plain));
     if (!document) {
-        return fail(VaultError::badFormat());
+        // Text that opens under our key yet nests beyond reason was damaged, not written by another program.
+        return fail(document.error() == RecordError::tooDeep ? VaultError::damaged() : VaultError::badFormat());
     }
     return std::move(document).value();
 }

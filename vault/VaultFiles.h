@@ -12,7 +12,9 @@
 #include "vault/PlainCopies.h"
 #include "vault/VaultError.h"
 
+#include <cstdint>
 #include <filesystem>
+#include <set>
 #include <string>
 #include <string_view>
 
@@ -25,6 +27,12 @@ public:
     static constexpr std::string_view kDocumentFileName = "vault.pbv";
     static constexpr std::string_view kBlobsFolderName = "blobs";
     static constexpr std::string_view kBlobExtension = ".pbb";
+    // Bounds on files brought from elsewhere (a joined folder, a backup's
+    // entries), far above anything a real vault holds, so a hostile one
+    // cannot make us read without end.
+    static constexpr std::uint64_t kKeyFileMaxBytes = 64 << 10;
+    static constexpr std::uint64_t kDocumentMaxBytes = std::uint64_t{1} << 30;
+    static constexpr std::uint64_t kBlobMaxBytes = std::uint64_t{1} << 30;
 
     static std::filesystem::path defaultDirectory();
 
@@ -42,6 +50,11 @@ public:
     static bool isBlobHash(std::string_view hash);
     // "<hash>.pbb": the only names a blob file brought from elsewhere may have.
     static bool isBlobFileName(std::string_view name);
+    static std::string blobFileName(std::string_view hash);
+    // The blob hashes live document records point at, each once.
+    static std::set<std::string> referencedBlobs(const VaultDocument& document);
+    // damaged unless `sealed` opens under `key` to bytes whose hash is `hash`.
+    static Result<void, VaultError> checkSealedBlob(ByteView sealed, const SecureBytes& key, std::string_view hash);
 
     Result<Bytes, VaultError> sealedDocument(const VaultDocument& document) const;
     // Atomic: a failed write leaves the previous vault.pbv whole.

@@ -13,6 +13,8 @@ namespace corvale {
 namespace {
 
 constexpr std::string_view kLockFileName = ".lock";
+// Beside the vault folder, so swapping the two is a rename on one disk.
+constexpr std::string_view kStagingFolderName = ".Vault.incoming";
 
 Failure<VaultError> storageFailure(const FileError& error) { return fail(VaultError::storage(error)); }
 
@@ -40,8 +42,14 @@ std::string_view rawValue(VaultPhase phase) {
 
 VaultStoreSetup VaultStoreSetup::standard(FileSystem& files, SecretStore& secrets, const Clock& clock,
                                           Scheduler& scheduler, DeviceAuthenticator& authenticator) {
-    return {files,        secrets, clock, scheduler, authenticator, paths::applicationSupportDirectory(),
-            Prefs::defaultFile(), paths::temporaryDirectory()};
+    return {files,
+            secrets,
+            clock,
+            scheduler,
+            authenticator,
+            paths::applicationSupportDirectory(),
+            Prefs::defaultFile(),
+            paths::temporaryDirectory()};
 }
 
 VaultStore::VaultStore(VaultStoreSetup setup)
@@ -49,8 +57,10 @@ VaultStore::VaultStore(VaultStoreSetup setup)
 
 VaultStore::~VaultStore() { (void)flush(); }
 
-std::filesystem::path VaultStore::vaultDirectory() const {
-    return m_setup.supportDirectory / kFolderName / "Vault";
+std::filesystem::path VaultStore::vaultDirectory() const { return m_setup.supportDirectory / kFolderName / "Vault"; }
+
+std::filesystem::path VaultStore::stagingDirectory() const {
+    return m_setup.supportDirectory / kFolderName / kStagingFolderName;
 }
 
 VaultFiles VaultStore::files(SecureBytes key) const {
@@ -72,7 +82,10 @@ Result<void, VaultError> VaultStore::start() {
     m_prefs.load();
     runMigration();
     if (auto held = holdVault(); !held) return held;
-    (void)files({}).removeStaleTemporaries();  // best effort: leftovers only cost space
+    // Best effort: leftovers only cost space. A staging folder left by a
+    // crash holds either a restore that never took place or the vault it replaced.
+    (void)files({}).removeStaleTemporaries();
+    (void)m_setup.files.removeAll(stagingDirectory());
     // Plain copies a crash or a killed process left: none is in use by a vault not yet open.
     (void)clearTemporaryFiles();
     auto key = m_keychain.loadVaultKey();
@@ -329,42 +342,97 @@ Result<void, VaultError> VaultStore::join(const std::filesystem::path& folder, s
     if (auto started = start(); !started) return started;
     if (m_phase == VaultPhase::ready || m_phase == VaultPhase::locked) return fail(VaultError::vaultExists());
 
-    auto keyText = m_setup.files.readFile(folder / kKeyFileName);
+    // The folder may be shared with others: nothing in it is followed or trusted by its name alone.
+    auto keyText = m_setup.files.readRegularFile(folder / kKeyFileName, VaultFiles::kKeyFileMaxBytes);
     if (!keyText) return storageFailure(keyText.error());
     auto keyFile = KeyFile::parse(asText(*keyText));
     if (!keyFile) return fail(keyFile.error());
     auto key = keyFile->open(passphrase);
     if (!key) return fail(key.error());
-    auto sealed = m_setup.files.readFile(folder / VaultFiles::kDocumentFileName);
+    auto sealed = m_setup.files.readRegularFile(folder / VaultFiles::kDocumentFileName, VaultFiles::kDocumentMaxBytes);
     if (!sealed) return storageFailure(sealed.error());
-    return install(std::move(key).value(), *sealed, [&](const std::filesystem::path& blobs) -> Result<void, VaultError> {
-        for (const auto& name : m_setup.files.list(folder / VaultFiles::kBlobsFolderName)) {
-            if (!VaultFiles::isBlobFileName(name)) continue;
-            auto blob = m_setup.files.readFile(folder / VaultFiles::kBlobsFolderName / name);
-            if (!blob) return storageFailure(blob.error());
-            if (auto written = m_setup.files.replaceFileAtomically(blobs / name, *blob); !written)
-                return storageFailure(written.error());
-        }
-        return {};
+    std::set<std::string> blobs;
+    {
+        auto plain = Sealer::open(*sealed, key->view(), kJSONReadPadding);
+        if (!plain) return fail(plain.error());
+        auto document = decodeVaultDocument(std::move(*plain));
+        if (!document) return fail(VaultError::badFormat());
+        blobs = VaultFiles::referencedBlobs(*document);
+    }
+    const auto blobsFolder = folder / VaultFiles::kBlobsFolderName;
+    return install(std::move(key).value(), *sealed, blobs, [&](const std::string& hash) -> Result<Bytes, VaultError> {
+        auto blob =
+            m_setup.files.readRegularFile(blobsFolder / VaultFiles::blobFileName(hash), VaultFiles::kBlobMaxBytes);
+        if (!blob) return storageFailure(blob.error());
+        return std::move(blob).value();
     });
 }
 
 Result<void, VaultError> VaultStore::install(
-    SecureBytes key, const Bytes& sealedDocument,
-    const std::function<Result<void, VaultError>(const std::filesystem::path&)>& copyBlobs) {
+    SecureBytes key, const Bytes& sealedDocument, const std::set<std::string>& blobs,
+    const std::function<Result<Bytes, VaultError>(const std::string& hash)>& sealedBlob) {
+    auto previousKey = m_keychain.loadVaultKey();
+    if (!previousKey) return fail(previousKey.error());
+
+    FileSystem& disk = m_setup.files;
+    const auto staging = stagingDirectory();
+    const auto stagedBlobs = staging / VaultFiles::kBlobsFolderName;
+    std::unique_ptr<FileLock> stagingLock;
+    const auto abandon = [&](VaultError error) {
+        stagingLock.reset();
+        (void)disk.removeAll(staging);
+        return fail(std::move(error));
+    };
+    if (auto cleared = disk.removeAll(staging); !cleared) return storageFailure(cleared.error());
+    if (auto made = disk.createDirectories(stagedBlobs); !made) return abandon(VaultError::storage(made.error()));
+    // Locked before it becomes the vault folder, so the vault is never without its lock.
     {
-        // Prove the vault opens with this key before anything on this device changes.
-        auto plain = Sealer::open(sealedDocument, key.view());
-        if (!plain) return fail(plain.error());
-        if (!decodeVaultDocument(std::move(*plain))) return fail(VaultError::badFormat());
+        auto lock = disk.lockExclusively(staging / kLockFileName);
+        if (!lock) return abandon(VaultError::storage(lock.error()));
+        if (!*lock) return abandon(VaultError::inUse());
+        stagingLock = std::move(**lock);
     }
-    VaultFiles vault = files(key.clone());
-    if (auto made = m_setup.files.createDirectories(vault.blobsDirectory()); !made) return storageFailure(made.error());
-    if (auto copied = copyBlobs(vault.blobsDirectory()); !copied) return copied;
-    if (auto saved = m_keychain.saveVaultKey(key); !saved) return saved;
-    // The document goes last: until it is there, this device still has no vault.
-    if (auto written = m_setup.files.replaceFileAtomically(vault.documentPath(), sealedDocument); !written)
-        return storageFailure(written.error());
+    for (const std::string& hash : blobs) {
+        auto sealed = sealedBlob(hash);
+        if (!sealed) return abandon(sealed.error());
+        if (auto checked = VaultFiles::checkSealedBlob(*sealed, key, hash); !checked) return abandon(checked.error());
+        // Nothing reads the staging folder until the swap, so each file is written in place
+        // and the folders flushed once, which keeps a large restore near the speed of copying.
+        if (auto written = disk.createFile(stagedBlobs / VaultFiles::blobFileName(hash), *sealed); !written)
+            return abandon(VaultError::storage(written.error()));
+    }
+    if (auto written = disk.createFile(staging / VaultFiles::kDocumentFileName, sealedDocument); !written)
+        return abandon(VaultError::storage(written.error()));
+    disk.flushFolder(stagedBlobs);
+    disk.flushFolder(staging);
+
+    // The files stay as they were on any failure from here, so the key that opens them must too
+    // (saving replaces the item, and a refused save may already have removed the old one).
+    const auto putBackKey = [&] {
+        if (*previousKey)
+            (void)m_keychain.saveVaultKey(**previousKey);
+        else
+            (void)m_keychain.deleteVaultKey();
+    };
+    if (auto saved = m_keychain.saveVaultKey(key); !saved) {
+        putBackKey();
+        return abandon(saved.error());
+    }
+    if (auto swapped = disk.exchange(staging, vaultDirectory()); !swapped) {
+        putBackKey();
+        return abandon(VaultError::storage(swapped.error()));
+    }
+    // The staging path now names the replaced vault, and its lock file the one this process held.
+    m_lock = std::move(stagingLock);
+    (void)disk.removeAll(staging);
+    (void)files({}).clearTemporaryFiles();  // plain copies of the replaced vault's documents
+    if (m_pendingSave) m_setup.scheduler.cancel(*m_pendingSave);
+    m_pendingSave.reset();
+    m_doc = VaultDocument{};
+    m_profileUndo.clear();
+    m_scopePersonId.reset();
+    m_key = SecureBytes{};
+    m_phase = VaultPhase::welcome;
     return openWith(std::move(key));
 }
 

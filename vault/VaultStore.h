@@ -21,6 +21,7 @@
 #include <functional>
 #include <memory>
 #include <optional>
+#include <set>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -118,7 +119,9 @@ public:
     // Writes the vault key, wrapped under the passphrase, as a key file.
     Result<void, VaultError> exportKeyFile(const std::filesystem::path& path, std::string_view passphrase);
     // From welcome: `folder` holds vault.pbv, vault.key and perhaps blobs/.
-    // A wrong passphrase changes nothing.
+    // Reads only plain files of bounded size, never through links, and takes
+    // only the blobs the document refers to, each proven before it is copied.
+    // Any failure, a wrong passphrase first, changes nothing.
     Result<void, VaultError> join(const std::filesystem::path& folder, std::string_view passphrase);
 
     // A passphrase-protected archive of the key file, the sealed document and the
@@ -128,11 +131,16 @@ public:
     static std::string defaultBackupFolderName();
     Result<std::filesystem::path, VaultError> exportBackup(std::string_view passphrase,
                                                            std::optional<std::filesystem::path> destination = {});
-    // From welcome (or after erase): a wrong passphrase stops before anything is written.
+    // From welcome (or after erase). The backup is proven whole before this
+    // device changes: its key opens with the passphrase, its archive is
+    // consistent, its document opens, and it holds exactly the blobs the
+    // document refers to, each opening under the key to bytes of its name.
+    // Any failure leaves what was on the device, files and key, as it was.
     Result<void, VaultError> restoreBackup(const std::filesystem::path& archive, std::string_view passphrase);
-    // Whether restoreBackup would succeed as far as the archive goes: the
-    // passphrase opens its key, and the document and every blob open under it.
-    // Reads only, so it can vet a backup before an open vault is erased for it.
+    // The same over the open vault, which stays open and unchanged (its
+    // pending edits saved) unless the whole backup takes its place.
+    Result<void, VaultError> replaceWithBackup(const std::filesystem::path& archive, std::string_view passphrase);
+    // Whether restoring would succeed as far as the archive goes. Reads only.
     Result<void, VaultError> checkBackup(const std::filesystem::path& archive, std::string_view passphrase) const;
 
     // Back to the first-run state: vault file, blobs, plain copies and key gone.
@@ -142,11 +150,16 @@ private:
     Result<void, VaultError> requireReady() const;
     Result<void, VaultError> holdVault();
     Result<void, VaultError> openWith(SecureBytes key);
-    // Makes a vault brought from elsewhere this device's: checks the sealed
-    // document opens with the key, lets `copyBlobs` fill the blobs folder,
-    // saves the key and writes the document last, then opens it.
-    Result<void, VaultError> install(SecureBytes key, const Bytes& sealedDocument,
-                                     const std::function<Result<void, VaultError>(const std::filesystem::path&)>& copyBlobs);
+    // Makes a vault brought from elsewhere this device's: builds it in a
+    // staging folder beside the vault's (the document and each of `blobs`,
+    // fetched sealed by `sealedBlob` and proven under the key), saves the key,
+    // then swaps the staging folder into the vault's place in one step and
+    // opens it. A failure removes the staging folder and puts the old key back.
+    Result<void, VaultError> install(
+        SecureBytes key, const Bytes& sealedDocument, const std::set<std::string>& blobs,
+        const std::function<Result<Bytes, VaultError>(const std::string& hash)>& sealedBlob);
+    Result<void, VaultError> restoreFrom(const std::filesystem::path& archive, std::string_view passphrase);
+    std::filesystem::path stagingDirectory() const;
     void scheduleSave();
     void runMigration();
     VaultFiles files(SecureBytes key) const;

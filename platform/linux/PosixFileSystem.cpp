@@ -2,6 +2,7 @@
 
 #include <dirent.h>
 #include <fcntl.h>
+#include <stdio.h>
 #include <sys/file.h>
 #include <sys/stat.h>
 #include <unistd.h>
@@ -109,6 +110,55 @@ Result<Bytes, FileError> PosixFileSystem::readFile(const std::filesystem::path& 
     return data;
 }
 
+Result<Bytes, FileError> PosixFileSystem::readRegularFile(const std::filesystem::path& path, std::uint64_t maxBytes) {
+    // O_NONBLOCK so a pipe planted in place of the file cannot hang the open.
+    const Descriptor fd(::open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NOFOLLOW | O_NONBLOCK | O_NOCTTY));
+    if (fd.get() < 0) {
+        const int error = errno;
+        if (error == ELOOP) {
+            return fail(FileError{FileError::Code::notAFile, error, path});
+        }
+        return fail(errorFor(error, path));
+    }
+    struct stat info {};
+    if (::fstat(fd.get(), &info) != 0) {
+        return fail(errorFor(errno, path));
+    }
+    if (!S_ISREG(info.st_mode)) {
+        return fail(FileError{FileError::Code::notAFile, 0, path});
+    }
+    if (info.st_size < 0 || static_cast<std::uint64_t>(info.st_size) > maxBytes) {
+        return fail(FileError{FileError::Code::tooLarge, 0, path});
+    }
+    // A file that grows while it is read is still held to the limit.
+    Bytes data(static_cast<std::size_t>(info.st_size) + 1);
+    std::size_t used = 0;
+    for (;;) {
+        if (used == data.size()) {
+            if (used > maxBytes) {
+                return fail(FileError{FileError::Code::tooLarge, 0, path});
+            }
+            data.resize(static_cast<std::size_t>(std::min<std::uint64_t>(maxBytes + 1, data.size() * 2)));
+        }
+        const ssize_t n = ::read(fd.get(), data.data() + used, data.size() - used);
+        if (n < 0) {
+            if (errno == EINTR) {
+                continue;
+            }
+            return fail(errorFor(errno, path));
+        }
+        if (n == 0) {
+            break;
+        }
+        used += static_cast<std::size_t>(n);
+    }
+    if (used > maxBytes) {
+        return fail(FileError{FileError::Code::tooLarge, 0, path});
+    }
+    data.resize(used);
+    return data;
+}
+
 Result<void, FileError> PosixFileSystem::replaceFileAtomically(const std::filesystem::path& path, ByteView contents) {
     const std::filesystem::path folder = folderOf(path);
     std::string temporaryName = ".";  // built step by step: gcc 12 misreports `"." + string` under -O2
@@ -144,6 +194,26 @@ Result<void, FileError> PosixFileSystem::replaceFileAtomically(const std::filesy
         fsyncRetrying(directory.get());
     }
     return {};
+}
+
+Result<void, FileError> PosixFileSystem::createFile(const std::filesystem::path& path, ByteView contents) {
+    Descriptor fd(::open(path.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_NOFOLLOW | O_CLOEXEC, 0600));
+    if (fd.get() < 0) {
+        return fail(errorFor(errno, path));
+    }
+    if (!writeAll(fd.get(), contents) || fsyncRetrying(fd.get()) != 0 || !fd.close()) {
+        const int error = errno;
+        ::unlink(path.c_str());
+        return fail(errorFor(error, path));
+    }
+    return {};
+}
+
+void PosixFileSystem::flushFolder(const std::filesystem::path& folder) {
+    const Descriptor directory(::open(folder.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
+    if (directory.get() >= 0) {
+        fsyncRetrying(directory.get());
+    }
 }
 
 bool PosixFileSystem::exists(const std::filesystem::path& path) {
@@ -233,6 +303,44 @@ Result<std::optional<std::unique_ptr<FileLock>>, FileError> PosixFileSystem::loc
         return fail(errorFor(error, path));
     }
     return std::optional<std::unique_ptr<FileLock>>(std::make_unique<PosixLock>(fd));
+}
+
+Result<void, FileError> PosixFileSystem::exchange(const std::filesystem::path& first,
+                                                  const std::filesystem::path& second) {
+    const auto flushFolders = [&] {
+        for (const auto& folder : {folderOf(first), folderOf(second)}) {
+            const Descriptor directory(::open(folder.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
+            if (directory.get() >= 0) {
+                fsyncRetrying(directory.get());
+            }
+        }
+    };
+    if (::renameat2(AT_FDCWD, first.c_str(), AT_FDCWD, second.c_str(), RENAME_EXCHANGE) == 0) {
+        flushFolders();
+        return {};
+    }
+    if (errno != EINVAL && errno != ENOSYS && errno != ENOTSUP) {
+        return fail(errorFor(errno, first));
+    }
+    // No exchange on this file system: one folder steps aside under a name of its own.
+    std::string aside = first.string();
+    aside += ".exchange";
+    if (::rename(first.c_str(), aside.c_str()) != 0) {
+        return fail(errorFor(errno, first));
+    }
+    if (::rename(second.c_str(), first.c_str()) != 0) {
+        const int error = errno;
+        ::rename(aside.c_str(), first.c_str());
+        return fail(errorFor(error, second));
+    }
+    if (::rename(aside.c_str(), second.c_str()) != 0) {
+        const int error = errno;
+        ::rename(first.c_str(), second.c_str());
+        ::rename(aside.c_str(), first.c_str());
+        return fail(errorFor(error, second));
+    }
+    flushFolders();
+    return {};
 }
 
 Result<void, FileError> PosixFileSystem::rename(const std::filesystem::path& from, const std::filesystem::path& to) {

@@ -47,6 +47,18 @@ Result<Bytes, FileError> InMemoryFileSystem::readFile(const std::filesystem::pat
     return fail(errorFor(FileError::Code::notFound, ENOENT, path));
 }
 
+Result<Bytes, FileError> InMemoryFileSystem::readRegularFile(const std::filesystem::path& path,
+                                                             std::uint64_t maxBytes) {
+    const std::filesystem::path key = normalized(path);
+    if (m_directories.contains(key)) {
+        return fail(errorFor(FileError::Code::notAFile, 0, path));
+    }
+    if (const auto found = m_files.find(key); found != m_files.end() && found->second.size() > maxBytes) {
+        return fail(errorFor(FileError::Code::tooLarge, 0, path));
+    }
+    return readFile(path);
+}
+
 Result<void, FileError> InMemoryFileSystem::replaceFileAtomically(const std::filesystem::path& path,
                                                                   ByteView contents) {
     const std::filesystem::path key = normalized(path);
@@ -69,6 +81,15 @@ Result<void, FileError> InMemoryFileSystem::replaceFileAtomically(const std::fil
     ++m_totalWrites;
     return {};
 }
+
+Result<void, FileError> InMemoryFileSystem::createFile(const std::filesystem::path& path, ByteView contents) {
+    if (exists(path)) {
+        return fail(errorFor(FileError::Code::other, EEXIST, path));
+    }
+    return replaceFileAtomically(path, contents);
+}
+
+void InMemoryFileSystem::flushFolder(const std::filesystem::path&) {}
 
 bool InMemoryFileSystem::exists(const std::filesystem::path& path) {
     const std::filesystem::path key = normalized(path);
@@ -150,13 +171,13 @@ namespace {
 
 class InMemoryLock final : public FileLock {
 public:
-    InMemoryLock(std::shared_ptr<std::set<std::filesystem::path>> held, std::filesystem::path path)
-        : m_held(std::move(held)), m_path(std::move(path)) {}
-    ~InMemoryLock() override { m_held->erase(m_path); }
+    InMemoryLock(std::shared_ptr<std::map<std::uint64_t, std::filesystem::path>> held, std::uint64_t id)
+        : m_held(std::move(held)), m_id(id) {}
+    ~InMemoryLock() override { m_held->erase(m_id); }
 
 private:
-    std::shared_ptr<std::set<std::filesystem::path>> m_held;
-    std::filesystem::path m_path;
+    std::shared_ptr<std::map<std::uint64_t, std::filesystem::path>> m_held;
+    std::uint64_t m_id;
 };
 
 }  // namespace
@@ -166,26 +187,49 @@ Result<std::optional<std::unique_ptr<FileLock>>, FileError> InMemoryFileSystem::
     const auto key = normalized(path);
     if (!m_directories.contains(key.parent_path().empty() ? "." : key.parent_path()))
         return fail(FileError::fromSystemError(ENOENT, path));
-    if (!m_heldLocks->insert(key).second) return std::optional<std::unique_ptr<FileLock>>();
-    return std::optional<std::unique_ptr<FileLock>>(std::make_unique<InMemoryLock>(m_heldLocks, key));
+    if (std::any_of(m_heldLocks->begin(), m_heldLocks->end(), [&](const auto& held) { return held.second == key; }))
+        return std::optional<std::unique_ptr<FileLock>>();
+    const std::uint64_t id = m_nextLock++;
+    m_heldLocks->emplace(id, key);
+    return std::optional<std::unique_ptr<FileLock>>(std::make_unique<InMemoryLock>(m_heldLocks, id));
 }
 
-Result<void, FileError> InMemoryFileSystem::rename(const std::filesystem::path& from,
-                                                   const std::filesystem::path& to) {
-    const auto source = normalized(from);
+Result<void, FileError> InMemoryFileSystem::rename(const std::filesystem::path& from, const std::filesystem::path& to) {
     const auto target = normalized(to);
     if (m_files.contains(target) || m_directories.contains(target)) return fail(FileError::fromSystemError(EEXIST, to));
     const auto parent = target.parent_path().empty() ? std::filesystem::path(".") : target.parent_path();
     if (!m_directories.contains(parent)) return fail(FileError::fromSystemError(ENOENT, to));
+    return move(normalized(from), target);
+}
+
+Result<void, FileError> InMemoryFileSystem::exchange(const std::filesystem::path& first,
+                                                     const std::filesystem::path& second) {
+    const auto one = normalized(first);
+    const auto other = normalized(second);
+    if (!m_directories.contains(one)) return fail(FileError::fromSystemError(ENOENT, first));
+    if (!m_directories.contains(other)) return fail(FileError::fromSystemError(ENOENT, second));
+    if (m_exchangeFails) return fail(FileError::fromSystemError(EIO, first));
+    // Nothing can fail between the three moves, so this is as much one step as the real one.
+    const std::filesystem::path aside = one.string() + ".exchange";
+    (void)move(one, aside);
+    (void)move(other, one);
+    (void)move(aside, other);
+    return {};
+}
+
+Result<void, FileError> InMemoryFileSystem::move(const std::filesystem::path& source,
+                                                 const std::filesystem::path& target) {
+    if (!m_files.contains(source) && !m_directories.contains(source))
+        return fail(FileError::fromSystemError(ENOENT, source));
+    for (auto& [id, held] : *m_heldLocks) {
+        if (isWithin(held, source)) held = normalized(target / held.lexically_relative(source));
+    }
     if (auto file = m_files.find(source); file != m_files.end()) {
         m_files.emplace(target, std::move(file->second));
         m_files.erase(file);
         return {};
     }
-    if (!m_directories.contains(source)) return fail(FileError::fromSystemError(ENOENT, from));
-    const auto moved = [&](const std::filesystem::path& path) {
-        return target / path.lexically_relative(source);
-    };
+    const auto moved = [&](const std::filesystem::path& path) { return target / path.lexically_relative(source); };
     std::map<std::filesystem::path, Bytes> files;
     for (auto it = m_files.begin(); it != m_files.end();) {
         if (isWithin(it->first, source)) {

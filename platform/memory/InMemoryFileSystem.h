@@ -6,6 +6,7 @@
 #include "platform/FileSystem.h"
 
 #include <cstddef>
+#include <cstdint>
 #include <map>
 #include <memory>
 #include <optional>
@@ -18,14 +19,20 @@ public:
     InMemoryFileSystem();
 
     Result<Bytes, FileError> readFile(const std::filesystem::path& path) override;
+    // Holds no links, pipes or devices, so only folders are refused as not a file.
+    Result<Bytes, FileError> readRegularFile(const std::filesystem::path& path, std::uint64_t maxBytes) override;
     Result<void, FileError> replaceFileAtomically(const std::filesystem::path& path, ByteView contents) override;
+    Result<void, FileError> createFile(const std::filesystem::path& path, ByteView contents) override;
+    void flushFolder(const std::filesystem::path& folder) override;
     bool exists(const std::filesystem::path& path) override;
     Result<void, FileError> createDirectories(const std::filesystem::path& path) override;
     Result<void, FileError> removeFile(const std::filesystem::path& path) override;
     Result<void, FileError> removeAll(const std::filesystem::path& path) override;
     // Sorted by name.
     std::vector<std::string> list(const std::filesystem::path& directory) override;
+    // Held locks move with their files, as a lock on an open file does on a real disk.
     Result<void, FileError> rename(const std::filesystem::path& from, const std::filesystem::path& to) override;
+    Result<void, FileError> exchange(const std::filesystem::path& first, const std::filesystem::path& second) override;
     Result<std::optional<std::unique_ptr<FileLock>>, FileError> lockExclusively(
         const std::filesystem::path& path) override;
     // How many locks are held now, across every path.
@@ -36,6 +43,8 @@ public:
     // leaves the old file as it was. Lasts until clearWriteFailures().
     void failWritesAfter(std::size_t bytes);
     void clearWriteFailures();
+    // Simulates a file system that refuses to swap folders.
+    void setExchangeFails(bool fails) { m_exchangeFails = fails; }
 
     // Successful atomic replaces, in total or of one file.
     std::size_t writeCount() const { return m_totalWrites; }
@@ -48,8 +57,13 @@ private:
     std::size_t m_totalWrites = 0;
     std::optional<std::size_t> m_writeBudget;
     std::size_t m_bytesSinceBudget = 0;
-    // Shared with the handles so a handle may outlive nothing it points at.
-    std::shared_ptr<std::set<std::filesystem::path>> m_heldLocks = std::make_shared<std::set<std::filesystem::path>>();
+    bool m_exchangeFails = false;
+    // Each held lock's file by handle, shared with the handles so a handle may
+    // outlive nothing it points at.
+    using HeldLocks = std::map<std::uint64_t, std::filesystem::path>;
+    std::shared_ptr<HeldLocks> m_heldLocks = std::make_shared<HeldLocks>();
+    std::uint64_t m_nextLock = 0;
+    Result<void, FileError> move(const std::filesystem::path& source, const std::filesystem::path& target);
 };
 
 }  // namespace corvale

@@ -15,11 +15,11 @@
 namespace corvale::app {
 
 using namespace std::chrono_literals;
-using testing::named;
-using testing::OpenVault;
 using testing::canPress;
 using testing::field;
 using testing::list;
+using testing::named;
+using testing::OpenVault;
 using testing::press;
 using testing::problem;
 
@@ -231,6 +231,28 @@ private slots:
         field(page, "Restore passphrase")->setText("correct horse");
         QVERIFY(press(page, "Check backup"));
         QCOMPARE(encodeVaultDocument(vault.store.doc()), changed);  // nothing happens before the confirmation
+
+        // The backup changes after its check: the restore refuses it and this vault stays open as it was.
+        QByteArray good;
+        {
+            QFile file(archive);
+            QVERIFY(file.open(QIODevice::ReadOnly));
+            good = file.readAll();
+        }
+        const auto overwrite = [&](const QByteArray& bytes) {
+            QFile file(archive);
+            QVERIFY(file.open(QIODevice::WriteOnly | QIODevice::Truncate));
+            file.write(bytes);
+        };
+        overwrite("PK but not really an archive");
+        QVERIFY(press(page, "Replace with backup"));
+        QCOMPARE(problem(page, "Restore problem"), QStringLiteral("This file isn't a Corvale vault."));
+        QVERIFY(!canPress(page, "Replace with backup"));
+        QCOMPARE(vault.store.phase(), VaultPhase::ready);
+        QCOMPARE(encodeVaultDocument(vault.store.doc()), changed);
+        QCOMPARE(phase.count(), 0);
+        overwrite(good);
+        QVERIFY(press(page, "Check backup"));
         QVERIFY(press(page, "Replace with backup"));
 
         QCOMPARE(phase.count(), 1);

@@ -319,8 +319,152 @@ TEST(Zip64, PythonOpensOurArchiveOfMoreThan65535Entries) {
     EXPECT_TRUE(pythonAccepts(path, kCount));
 }
 
+// Archives laid out by hand, byte by byte, so a test can say where each
+// header, name and piece of data sits and what each directory record claims.
+struct HandLaidArchive {
+    Bytes bytes;
+    Bytes directory;
+    std::uint16_t count = 0;
+
+    static void put(Bytes& out, std::uint64_t value, int width) {
+        for (int i = 0; i < width; ++i) out.push_back(static_cast<std::uint8_t>(value >> (8 * i)));
+    }
+    static void put(Bytes& out, std::string_view text) { out.insert(out.end(), text.begin(), text.end()); }
+
+    // A local header named `name` followed by `data`; gives its offset.
+    std::uint64_t local(std::string_view name, ByteView data) {
+        const std::uint64_t at = bytes.size();
+        put(bytes, 0x04034b50, 4);
+        put(bytes, 20, 2);
+        put(bytes, 0x0800, 2);
+        put(bytes, 0, 2);
+        put(bytes, 0, 2);
+        put(bytes, 0x21, 2);
+        put(bytes, CRC32::checksum(data), 4);
+        put(bytes, data.size(), 4);
+        put(bytes, data.size(), 4);
+        put(bytes, name.size(), 2);
+        put(bytes, 0, 2);
+        put(bytes, name);
+        bytes.insert(bytes.end(), data.begin(), data.end());
+        return at;
+    }
+    // A directory record claiming `name`, `data`'s size and checksum, at `offset`.
+    void central(std::string_view name, ByteView data, std::uint64_t offset) {
+        put(directory, 0x02014b50, 4);
+        put(directory, 20, 2);
+        put(directory, 20, 2);
+        put(directory, 0x0800, 2);
+        put(directory, 0, 2);
+        put(directory, 0, 2);
+        put(directory, 0x21, 2);
+        put(directory, CRC32::checksum(data), 4);
+        put(directory, data.size(), 4);
+        put(directory, data.size(), 4);
+        put(directory, name.size(), 2);
+        put(directory, 0, 2);
+        put(directory, 0, 2);
+        put(directory, 0, 2);
+        put(directory, 0, 2);
+        put(directory, 0, 4);
+        put(directory, offset, 4);
+        put(directory, name);
+        ++count;
+    }
+    Bytes finish() const {
+        Bytes out = bytes;
+        const std::uint64_t at = out.size();
+        out.insert(out.end(), directory.begin(), directory.end());
+        put(out, 0x06054b50, 4);
+        put(out, 0, 2);
+        put(out, 0, 2);
+        put(out, count, 2);
+        put(out, count, 2);
+        put(out, directory.size(), 4);
+        put(out, at, 4);
+        put(out, 0, 2);
+        return out;
+    }
+};
+
+TEST(ZipFileReader, ACheckedOpenRefusesEntriesThatShareBytesOrDisagreeOnTheirName) {
+    TemporaryFolder folder;
+    const Bytes key = bytesOf("key file");
+    const Bytes document = bytesOf("sealed document bytes");
+    const auto opens = [&](const std::string& label, const Bytes& archive) {
+        const fs::path path = folder.path / (label + ".zip");
+        writeAll(path, archive);
+        // The lenient reader still lists what it can; only the checked one refuses.
+        EXPECT_TRUE(ZipFileReader::open(path)) << label;
+        auto checked = ZipFileReader::openChecked(path);
+        if (!checked) {
+            EXPECT_EQ(checked.error().code, Code::inconsistent) << label;
+        }
+        return checked.ok();
+    };
+
+    {
+        HandLaidArchive good;
+        const auto keyAt = good.local("vault.key", key);
+        const auto documentAt = good.local("vault.pbv", document);
+        good.central("vault.key", key, keyAt);
+        good.central("vault.pbv", document, documentAt);
+        EXPECT_TRUE(opens("good", good.finish()));
+        // What our own writer makes passes, empty entries included.
+        EXPECT_TRUE(opens("ours", archiveOf({{"a", {}}, {"b", bytesOf("x")}, {"blobs/c", pattern(5000, 1)}})));
+    }
+    {
+        // Two directory records for one local entry: one set of bytes read under two names.
+        HandLaidArchive twice;
+        const auto at = twice.local("vault.pbv", document);
+        twice.central("vault.pbv", document, at);
+        twice.central("vault.pbv", document, at);
+        EXPECT_FALSE(opens("same-bytes", twice.finish()));
+    }
+    {
+        // The second entry's header starts inside the first one's data.
+        HandLaidArchive nested;
+        Bytes outer = bytesOf("padding-");
+        HandLaidArchive inner;
+        inner.local("vault.key", key);
+        outer.insert(outer.end(), inner.bytes.begin(), inner.bytes.end());
+        const auto outerAt = nested.local("vault.pbv", outer);
+        const std::uint64_t innerAt = outerAt + 30 + std::string_view("vault.pbv").size() + 8;
+        nested.central("vault.pbv", outer, outerAt);
+        nested.central("vault.key", key, innerAt);
+        const Bytes archive = nested.finish();
+        // Each entry reads back whole on its own, so only the overlap gives it away.
+        const auto entries = ZipReader::entries(archive);
+        ASSERT_EQ(entries.size(), 2u);
+        EXPECT_EQ(entries.at("vault.key"), key);
+        EXPECT_FALSE(opens("overlap", archive));
+    }
+    {
+        // An entry whose recorded size runs on into the directory.
+        HandLaidArchive intoDirectory;
+        const auto at = intoDirectory.local("vault.pbv", document);
+        Bytes longer = document;
+        longer.resize(document.size() + 10);
+        intoDirectory.central("vault.pbv", longer, at);
+        EXPECT_FALSE(opens("into-directory", intoDirectory.finish()));
+    }
+    {
+        // The local header says one name, the directory another.
+        HandLaidArchive renamed;
+        const auto keyAt = renamed.local("vault.key", key);
+        const auto blobAt = renamed.local("blobs/evil.pbb", document);
+        renamed.central("vault.key", key, keyAt);
+        renamed.central("blobs/good.pbb", document, blobAt);
+        EXPECT_FALSE(opens("renamed", renamed.finish()));
+        HandLaidArchive shorter;
+        const auto at = shorter.local("vault.pb", document);
+        shorter.central("vault.pbv", document, at);
+        EXPECT_FALSE(opens("shorter-name", shorter.finish()));
+    }
+}
+
 TEST(ArchiveError, EveryMessageGivesTheWayOut) {
-    for (int code = 0; code <= static_cast<int>(Code::extractFailed); ++code) {
+    for (int code = 0; code <= static_cast<int>(Code::inconsistent); ++code) {
         const auto message = ArchiveError::make(static_cast<Code>(code), EIO, "/tmp/x").message();
         EXPECT_NE(message.find(", so "), std::string::npos) << message;
     }

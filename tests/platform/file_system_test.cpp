@@ -105,6 +105,55 @@ TEST_P(FileSystemContract, FailuresAreClassifiedAndChangeNothing) {
     EXPECT_EQ(fs().list(root / "blocked"), Names{"inner"});
 }
 
+TEST_P(FileSystemContract, BoundedReadsTakeOnlyPlainFilesAndExchangeSwapsFoldersWithTheirLocks) {
+    ASSERT_TRUE(fs().createDirectories(root / "folder").ok());
+    ASSERT_TRUE(fs().replaceFileAtomically(root / "file", asBytes("twelve bytes")).ok());
+    const auto whole = fs().readRegularFile(root / "file", 12);
+    ASSERT_TRUE(whole.ok());
+    EXPECT_EQ(asText(*whole), "twelve bytes");
+    EXPECT_EQ(failure(fs().readRegularFile(root / "file", 11)), FileError::Code::tooLarge);
+    EXPECT_EQ(failure(fs().readRegularFile(root / "folder", 100)), FileError::Code::notAFile);
+    EXPECT_EQ(failure(fs().readRegularFile(root / "absent", 100)), FileError::Code::notFound);
+    // A new file only: one already there, or a folder, stays as it was.
+    ASSERT_TRUE(fs().createFile(root / "new", asBytes("fresh")).ok());
+    EXPECT_EQ(contentsOf(fs(), root / "new"), "fresh");
+    EXPECT_FALSE(fs().createFile(root / "file", asBytes("over")).ok());
+    EXPECT_EQ(contentsOf(fs(), root / "file"), "twelve bytes");
+    EXPECT_FALSE(fs().createFile(root / "folder", asBytes("over")).ok());
+    fs().flushFolder(root);
+
+    ASSERT_TRUE(fs().createDirectories(root / "a").ok());
+    ASSERT_TRUE(fs().createDirectories(root / "b" / "inner").ok());
+    ASSERT_TRUE(fs().replaceFileAtomically(root / "a" / "one", asBytes("1")).ok());
+    auto lock = fs().lockExclusively(root / "a" / ".lock");
+    ASSERT_TRUE(lock.ok() && lock->has_value());
+    ASSERT_TRUE(fs().exchange(root / "a", root / "b").ok());
+    EXPECT_EQ(fs().list(root / "a"), Names{"inner"});
+    EXPECT_EQ(contentsOf(fs(), root / "b" / "one"), "1");
+    // The lock went with its file: held at its new place, free at the old.
+    auto moved = fs().lockExclusively(root / "b" / ".lock");
+    ASSERT_TRUE(moved.ok());
+    EXPECT_FALSE(moved->has_value());
+    auto vacated = fs().lockExclusively(root / "a" / ".lock");
+    ASSERT_TRUE(vacated.ok());
+    EXPECT_TRUE(vacated->has_value());
+    EXPECT_EQ(failure(fs().exchange(root / "a", root / "absent")), FileError::Code::notFound);
+    EXPECT_TRUE(fs().exists(root / "a" / "inner"));
+}
+
+TEST(PosixFileSystem, BoundedReadsRefuseLinksAndPipesWithoutWaiting) {
+    TemporaryFolder folder;
+    PosixFileSystem disk;
+    ASSERT_TRUE(disk.replaceFileAtomically(folder.path / "real", asBytes("x")).ok());
+    std::filesystem::create_symlink(folder.path / "real", folder.path / "link");
+    ASSERT_EQ(::mkfifo((folder.path / "pipe").c_str(), 0600), 0);
+    EXPECT_EQ(failure(disk.readRegularFile(folder.path / "link", 100)), FileError::Code::notAFile);
+    EXPECT_EQ(failure(disk.readRegularFile(folder.path / "pipe", 100)), FileError::Code::notAFile);
+    EXPECT_EQ(disk.readRegularFile(folder.path / "link", 100).error().message(),
+              (folder.path / "link").string() +
+                  " is a link, folder or device rather than a plain file, so choose the file itself.");
+}
+
 INSTANTIATE_TEST_SUITE_P(Implementations, FileSystemContract, ::testing::Values(true, false),
                          [](const ::testing::TestParamInfo<bool>& p) {
                              return std::string(p.param ? "Posix" : "InMemory");

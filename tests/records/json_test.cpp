@@ -17,8 +17,9 @@ TEST(JSONWriter, SortsKeysAndEscapesStrings) {
     object["alpha"] = nullptr;
     object["text"] = std::string("quote\" slash\\ line\n tab\t bell\x07 é");
     object["list"] = JSONValue::Array{1.5, "x", JSONValue::Array{}};
-    EXPECT_EQ(writeJSON(object),
-              R"({"Alpha":true,"alpha":null,"list":[1.5,"x",[]],"text":"quote\" slash\\ line\n tab\t bell\u0007 é","zeta":1})");
+    EXPECT_EQ(
+        writeJSON(object),
+        R"({"Alpha":true,"alpha":null,"list":[1.5,"x",[]],"text":"quote\" slash\\ line\n tab\t bell\u0007 é","zeta":1})");
 }
 
 TEST(JSONWriter, WritesNumbersThatReadBackExactly) {
@@ -52,6 +53,23 @@ TEST(JSONReader, ReadsAnyValueAndRejectsBrokenText) {
         ASSERT_FALSE(result) << bad;
         EXPECT_EQ(result.error(), RecordError::invalidJSON);
     }
+}
+
+TEST(JSONReader, NestingPastTheLimitIsRefusedWithoutRecursingIntoIt) {
+    const auto nested = [](std::size_t depth) { return std::string(depth, '[') + std::string(depth, ']'); };
+    const auto deepest = parseJSON(nested(kJSONMaxDepth));
+    ASSERT_TRUE(deepest);
+    EXPECT_EQ(writeJSON(*deepest), nested(kJSONMaxDepth));
+    for (const std::size_t depth : {kJSONMaxDepth + 1, std::size_t{100'000}}) {
+        const auto result = parseJSON(nested(depth));
+        ASSERT_FALSE(result) << depth;
+        EXPECT_EQ(result.error(), RecordError::tooDeep) << depth;
+    }
+    // Objects count the same as arrays.
+    std::string objects;
+    for (std::size_t i = 0; i < 100'000; ++i) objects += "{\"a\":";
+    objects += "1" + std::string(100'000, '}');
+    EXPECT_EQ(parseJSON(objects).error(), RecordError::tooDeep);
 }
 
 }  // namespace

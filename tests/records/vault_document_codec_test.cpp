@@ -39,10 +39,11 @@ TEST(VaultDocumentCodec, EmptyVaultHasExactBytesAndDefaults) {
     EXPECT_EQ(document.settings.reminderDays, (std::vector<int>{90, 30, 7}));
 
     document.vaultId = "v1";
-    EXPECT_EQ(encodeVaultDocument(document),
-              R"({"cme":[],"credentials":[],"documents":[],"format":"pembrose-vault","healthRecords":[],)"
-              R"("packets":[],"people":[],"settings":{"dismissedInsights":[],"notApplicable":[],"quickAddHints":{},)"
-              R"("reminderDays":[90,30,7],"snoozed":{},"updatedAt":"1970-01-01T00:00:00.000Z"},"vaultId":"v1","version":1})");
+    EXPECT_EQ(
+        encodeVaultDocument(document),
+        R"({"cme":[],"credentials":[],"documents":[],"format":"pembrose-vault","healthRecords":[],)"
+        R"("packets":[],"people":[],"settings":{"dismissedInsights":[],"notApplicable":[],"quickAddHints":{},)"
+        R"("reminderDays":[90,30,7],"snoozed":{},"updatedAt":"1970-01-01T00:00:00.000Z"},"vaultId":"v1","version":1})");
 }
 
 TEST(VaultDocumentCodec, RecordsWriteSortedKeysAndLeaveOutAbsentOptionals) {
@@ -245,6 +246,17 @@ TEST(VaultDocumentCodec, TopLevelRecordsThatCannotBeReadFailTheWholeDocument) {
     failsWith(documentWithPeople(R"({"id":"p","name":"A","degree":"MD","isSelf":tru})"), RecordError::invalidJSON);
     EXPECT_EQ(message(RecordError::malformedRecord),
               "A record in this vault is damaged, so restore the vault from a backup.");
+
+    // Unknown values are kept as trees: nesting past the limit fails the
+    // document, wherever the value sits, instead of overflowing the stack.
+    const auto nested = [](std::size_t depth) { return std::string(depth, '[') + std::string(depth, ']'); };
+    failsWith(R"({"format":"pembrose-vault","vaultId":"v","future":)" + nested(100'000) + "}", RecordError::tooDeep);
+    failsWith(documentWithPeople(R"({"id":"p","name":"A","degree":"MD","future":)" + nested(kJSONMaxDepth + 1) + "}"),
+              RecordError::tooDeep);
+    const auto deepest =
+        decodeVaultDocument(R"({"format":"pembrose-vault","vaultId":"v","future":)" + nested(kJSONMaxDepth) + "}");
+    ASSERT_TRUE(deepest);
+    EXPECT_EQ(writeJSON(deepest->extra.at("future")), nested(kJSONMaxDepth));
 
     // A missing list is simply empty, and a tombstone stays in the document.
     const VaultDocument document =

@@ -3,6 +3,7 @@
 #include "platform/linux/PosixFileSystem.h"
 #include "platform/memory/InMemoryFileSystem.h"
 #include "platform/memory/InMemorySecretStore.h"
+#include "vault/VaultKeychain.h"
 #include "vault/VaultStore.h"
 
 #include <gtest/gtest.h>
@@ -12,6 +13,8 @@
 #include <fstream>
 #include <iterator>
 #include <map>
+#include <optional>
+#include <vector>
 
 namespace corvale {
 namespace {
@@ -148,7 +151,8 @@ TEST(VaultBackup, ADamagedBlobStopsTheRestoreWithoutAVault) {
     // Flip a byte inside the blob's data; the directory still lists it whole.
     Bytes bytes = fileBytes(*archive);
     const auto entries = ZipReader::entries(bytes);
-    const auto blob = std::find_if(entries.begin(), entries.end(), [](const auto& e) { return e.first.starts_with("blobs/"); });
+    const auto blob =
+        std::find_if(entries.begin(), entries.end(), [](const auto& e) { return e.first.starts_with("blobs/"); });
     ASSERT_NE(blob, entries.end());
     const auto at = std::search(bytes.begin(), bytes.end(), blob->second.begin(), blob->second.end());
     ASSERT_NE(at, bytes.end());
@@ -209,8 +213,8 @@ TEST(VaultBackup, AnArchiveThatIsNotABackupChangesNothing) {
     ZipWriter writer;
     writer.add("vault.pbv", asBytes("not sealed"));
     const Bytes bytes = writer.finish();
-    std::ofstream(foreign, std::ios::binary).write(reinterpret_cast<const char*>(bytes.data()),
-                                                   static_cast<std::streamsize>(bytes.size()));
+    std::ofstream(foreign, std::ios::binary)
+        .write(reinterpret_cast<const char*>(bytes.data()), static_cast<std::streamsize>(bytes.size()));
     VaultStore store(device.setup());
     for (const fs::path& path : {foreign, device.home / "missing.pbbackup"}) {
         const auto result = store.restoreBackup(path, "pass phrase");
@@ -288,6 +292,238 @@ TEST(VaultBackup, CheckingABackupProvesEveryPartWithoutTouchingTheOpenVault) {
     EXPECT_EQ(fileBytes(store.vaultDirectory() / "vault.pbv"), vaultBefore);
     EXPECT_EQ(office.secrets.itemCount(), 1u);
     EXPECT_EQ(store.doc().documents.size(), 2u);
+}
+
+// Everything of a vault a failed restore must leave alone: every file under
+// its folder, byte for byte, and its key.
+struct VaultSnapshot {
+    std::map<std::string, Bytes> files;
+    std::optional<Bytes> key;
+    bool operator==(const VaultSnapshot&) const = default;
+};
+
+VaultSnapshot snapshot(FileSystem& disk, SecretStore& secrets, const fs::path& vault) {
+    VaultSnapshot result;
+    for (const fs::path& folder : {vault, vault / "blobs"}) {
+        for (const auto& name : disk.list(folder)) {
+            const auto path = folder / name;
+            if (auto bytes = disk.readFile(path)) result.files[path.lexically_relative(vault).string()] = *bytes;
+        }
+    }
+    if (auto key = secrets.load(VaultKeychain::service(), std::string(VaultKeychain::kAccount)); key && *key)
+        result.key = Bytes((*key)->view().begin(), (*key)->view().end());
+    return result;
+}
+
+// A second directory record for `name`'s entry: its bytes are then claimed twice.
+Bytes withRepeatedRecord(Bytes zip, const std::string& name) {
+    const auto le = [&](std::size_t at, int width) {
+        std::uint64_t value = 0;
+        for (int i = width; i-- > 0;) value = (value << 8) | zip[at + static_cast<std::size_t>(i)];
+        return value;
+    };
+    const auto put = [&](std::size_t at, std::uint64_t value, int width) {
+        for (int i = 0; i < width; ++i)
+            zip[at + static_cast<std::size_t>(i)] = static_cast<std::uint8_t>(value >> (8 * i));
+    };
+    const std::size_t end = zip.size() - 22;  // our writer leaves no comment
+    const auto directory = static_cast<std::size_t>(le(end + 16, 4));
+    const auto directorySize = static_cast<std::size_t>(le(end + 12, 4));
+    for (std::size_t at = directory; at < directory + directorySize;) {
+        const auto length = 46 + le(at + 28, 2) + le(at + 30, 2) + le(at + 32, 2);
+        const std::string recordName(zip.begin() + static_cast<std::ptrdiff_t>(at + 46),
+                                     zip.begin() + static_cast<std::ptrdiff_t>(at + 46 + le(at + 28, 2)));
+        if (recordName == name) {
+            const Bytes record(zip.begin() + static_cast<std::ptrdiff_t>(at),
+                               zip.begin() + static_cast<std::ptrdiff_t>(at + length));
+            zip.insert(zip.begin() + static_cast<std::ptrdiff_t>(directory + directorySize), record.begin(),
+                       record.end());
+            const std::size_t moved = end + record.size();
+            put(moved + 8, le(moved + 8, 2) + 1, 2);
+            put(moved + 10, le(moved + 10, 2) + 1, 2);
+            put(moved + 12, directorySize + record.size(), 4);
+            return zip;
+        }
+        at += static_cast<std::size_t>(length);
+    }
+    ADD_FAILURE() << "no entry " << name;
+    return zip;
+}
+
+// Bad backups of the office's vault, each refused by a restore over the home vault with the sentence given.
+struct BadBackup {
+    std::string label;
+    Bytes archive;
+    std::string passphrase;
+    std::string message;
+};
+
+std::vector<BadBackup> badBackups(const Bytes& good, const std::string& scanName, const std::string& cvName) {
+    const auto entries = ZipReader::entries(good);
+    const std::string damaged = "This backup is damaged, so restore from another copy of it.";
+    std::vector<BadBackup> cases;
+    cases.push_back({"wrong passphrase", good, "pass phrases", "That passphrase doesn't unlock this vault."});
+    cases.push_back({"overlapping", withRepeatedRecord(good, scanName), "pass phrase",
+                     "This backup's files overlap or disagree about their names, so restore from another copy of it."});
+    {
+        auto swapped = entries;
+        std::swap(swapped[scanName], swapped[cvName]);
+        cases.push_back({"blob under another's name", rebuilt(std::move(swapped)), "pass phrase", damaged});
+    }
+    {
+        // Sealed under the right key and named for its bytes, but no record refers to it.
+        auto extra = entries;
+        extra["blobs/" + std::string(64, 'a') + ".pbb"] = entries.at(scanName);
+        cases.push_back({"stray blob", rebuilt(std::move(extra)), "pass phrase", damaged});
+        auto missing = entries;
+        missing.erase(cvName);
+        cases.push_back({"missing blob", rebuilt(std::move(missing)), "pass phrase", damaged});
+    }
+    {
+        // Still a key file that opens, but longer than any key file need be.
+        auto padded = entries;
+        padded["vault.key"].resize(VaultFiles::kKeyFileMaxBytes + 1, ' ');
+        cases.push_back(
+            {"oversized key file", rebuilt(std::move(padded)), "pass phrase", "This file isn't a Corvale vault."});
+    }
+    {
+        auto flipped = entries;
+        flipped["vault.pbv"][40] ^= 0x01;
+        cases.push_back({"document flipped", rebuilt(std::move(flipped)), "pass phrase", damaged});
+    }
+    return cases;
+}
+
+TEST(VaultBackup, ARestoreOverAVaultReplacesItWholeOrLeavesItExactlyAsItWas) {
+    DiskDevice office;
+    VaultStore source(office.setup());
+    ASSERT_TRUE(source.create(anaRuiz()));
+    const auto scan = source.addDocument(asBytes("licence scan"), DocumentRecord{});
+    const auto cv = source.addDocument(asBytes("curriculum vitae"), DocumentRecord{});
+    const auto old = source.addDocument(asBytes("old CV"), DocumentRecord{});
+    ASSERT_TRUE(scan && cv && old);
+    ASSERT_TRUE(source.change([](VaultDocument& doc) { doc.documents.back().deleted = true; }));
+    // An extra blob a record no longer refers to also has a valid name: a backup made with it is refused.
+    const auto archive = source.exportBackup("pass phrase", office.home / "office.pbbackup");
+    ASSERT_TRUE(archive) << archive.error().message();
+    const Bytes good = fileBytes(*archive);
+    const std::string scanName = "blobs/" + scan->blobHash + ".pbb";
+    const std::string cvName = "blobs/" + cv->blobHash + ".pbb";
+    {
+        auto withStray = ZipReader::entries(good);
+        withStray["blobs/" + old->blobHash + ".pbb"] =
+            fileBytes(source.vaultDirectory() / "blobs" / (old->blobHash + ".pbb"));
+        auto cases = badBackups(good, scanName, cvName);
+        cases.push_back({"unreferenced blob", rebuilt(std::move(withStray)), "pass phrase",
+                         "This backup is damaged, so restore from another copy of it."});
+
+        DiskDevice home;
+        VaultStore store(home.setup());
+        ASSERT_TRUE(store.create(anaRuiz()));
+        ASSERT_TRUE(store.addDocument(asBytes("home scan"), DocumentRecord{}));
+        ASSERT_TRUE(store.change([](VaultDocument& doc) { doc.people[0].specialty = "Cardiology"; }));
+        const std::string before = encodeVaultDocument(store.doc());
+        ASSERT_TRUE(store.flush());
+        const VaultSnapshot kept = snapshot(home.files, home.secrets, store.vaultDirectory());
+        ASSERT_EQ(kept.files.size(), 3u);  // .lock, vault.pbv and the one blob
+        for (const auto& bad : cases) {
+            const fs::path path = home.home / "bad.pbbackup";
+            writeFile(path, bad.archive);
+            const auto restored = store.replaceWithBackup(path, bad.passphrase);
+            ASSERT_FALSE(restored) << bad.label;
+            EXPECT_EQ(restored.error().message(), bad.message) << bad.label;
+            EXPECT_EQ(snapshot(home.files, home.secrets, store.vaultDirectory()), kept) << bad.label;
+            EXPECT_FALSE(fs::exists(store.vaultDirectory().parent_path() / ".Vault.incoming")) << bad.label;
+            EXPECT_EQ(store.phase(), VaultPhase::ready) << bad.label;
+            EXPECT_EQ(encodeVaultDocument(store.doc()), before) << bad.label;
+            // The check before a restore refuses the same backups.
+            EXPECT_FALSE(store.checkBackup(path, bad.passphrase)) << bad.label;
+        }
+
+        // The good one replaces the vault: the office's records, only its live blobs, its key.
+        ASSERT_TRUE(store.checkBackup(*archive, "pass phrase"));
+        const auto restored = store.replaceWithBackup(*archive, "pass phrase");
+        ASSERT_TRUE(restored) << restored.error().message();
+        EXPECT_EQ(encodeVaultDocument(store.doc()), encodeVaultDocument(source.doc()));
+        const VaultSnapshot now = snapshot(home.files, home.secrets, store.vaultDirectory());
+        const VaultSnapshot fromOffice = snapshot(office.files, office.secrets, source.vaultDirectory());
+        EXPECT_EQ(now.key, fromOffice.key);
+        std::vector<std::string> names;
+        for (const auto& [name, bytes] : now.files) names.push_back(name);
+        EXPECT_EQ(names, (std::vector<std::string>{".lock", scanName, cvName, "vault.pbv"}));
+        EXPECT_EQ(now.files.at(scanName), fromOffice.files.at(scanName));
+        EXPECT_FALSE(fs::exists(store.vaultDirectory().parent_path() / ".Vault.incoming"));
+        // The lock came along: another store still finds the vault in use.
+        VaultStore other(home.setup());
+        EXPECT_EQ(other.start().error().code, VaultError::Code::inUse);
+    }
+
+    // On a device with no open vault but a vault file whose key is gone, a bad backup leaves that file too.
+    DiskDevice keyless;
+    {
+        VaultStore first(keyless.setup());
+        ASSERT_TRUE(first.create(anaRuiz()));
+    }
+    ASSERT_TRUE(keyless.secrets.remove(VaultKeychain::service(), std::string(VaultKeychain::kAccount)));
+    VaultStore waiting(keyless.setup());
+    ASSERT_TRUE(waiting.start());
+    ASSERT_EQ(waiting.phase(), VaultPhase::welcome);
+    const VaultSnapshot orphan = snapshot(keyless.files, keyless.secrets, waiting.vaultDirectory());
+    const fs::path path = keyless.home / "bad.pbbackup";
+    writeFile(path, withRepeatedRecord(good, scanName));
+    EXPECT_FALSE(waiting.restoreBackup(path, "pass phrase"));
+    EXPECT_EQ(snapshot(keyless.files, keyless.secrets, waiting.vaultDirectory()), orphan);
+    EXPECT_EQ(waiting.phase(), VaultPhase::welcome);
+    ASSERT_TRUE(waiting.restoreBackup(*archive, "pass phrase"));
+    EXPECT_EQ(waiting.doc().vaultId, source.doc().vaultId);
+}
+
+// A disk that fills midway, or refuses the final swap: the old vault and key stay.
+TEST(VaultBackup, ARestoreThatFailsOnTheDiskLeavesTheVaultAndItsKey) {
+    DiskDevice office;
+    VaultStore source(office.setup());
+    ASSERT_TRUE(source.create(anaRuiz()));
+    ASSERT_TRUE(source.addDocument(Bytes(4096, 0x11), DocumentRecord{}));
+    ASSERT_TRUE(source.addDocument(Bytes(4096, 0x22), DocumentRecord{}));
+    const auto archive = source.exportBackup("pass phrase", office.home / "office.pbbackup");
+    ASSERT_TRUE(archive);
+
+    InMemoryFileSystem memory;
+    InMemorySecretStore secrets;
+    FixedClock clock{std::chrono::system_clock::time_point{} + 1'795'003'200s};
+    ManualScheduler scheduler;
+    UnavailableAuthenticator authenticator;
+    VaultStore store({memory, secrets, clock, scheduler, authenticator, "/share", "/prefs.json", office.home / "tmp"});
+    ASSERT_TRUE(store.create(anaRuiz()));
+    ASSERT_TRUE(store.addDocument(asBytes("home scan"), DocumentRecord{}));
+    ASSERT_TRUE(store.change([](VaultDocument& doc) { doc.people[0].specialty = "Cardiology"; }));
+    const std::string before = encodeVaultDocument(store.doc());
+    ASSERT_TRUE(store.flush());
+    const VaultSnapshot kept = snapshot(memory, secrets, store.vaultDirectory());
+
+    // Room for the first blob and not the second; then room for all but no swap.
+    memory.failWritesAfter(5000);
+    auto restored = store.replaceWithBackup(*archive, "pass phrase");
+    ASSERT_FALSE(restored);
+    EXPECT_EQ(restored.error().message(), "The disk is full, so free some space and try again.");
+    EXPECT_EQ(snapshot(memory, secrets, store.vaultDirectory()), kept);
+    EXPECT_FALSE(memory.exists("/share/Corvale/.Vault.incoming"));
+    memory.clearWriteFailures();
+
+    memory.setExchangeFails(true);
+    restored = store.replaceWithBackup(*archive, "pass phrase");
+    ASSERT_FALSE(restored);
+    EXPECT_EQ(snapshot(memory, secrets, store.vaultDirectory()), kept);  // the new key was put back
+    EXPECT_FALSE(memory.exists("/share/Corvale/.Vault.incoming"));
+    EXPECT_EQ(encodeVaultDocument(store.doc()), before);
+    EXPECT_EQ(memory.heldLocks(), 1u);
+
+    memory.setExchangeFails(false);
+    ASSERT_TRUE(store.replaceWithBackup(*archive, "pass phrase"));
+    EXPECT_EQ(encodeVaultDocument(store.doc()), encodeVaultDocument(source.doc()));
+    EXPECT_EQ(memory.heldLocks(), 1u);
+    VaultStore other({memory, secrets, clock, scheduler, authenticator, "/share", "/prefs.json", office.home / "tmp"});
+    EXPECT_EQ(other.start().error().code, VaultError::Code::inUse);
 }
 
 }  // namespace

@@ -6,7 +6,12 @@
 
 #include <gtest/gtest.h>
 
+#include <sys/stat.h>
+
+#include <algorithm>
 #include <cstdlib>
+#include <fstream>
+#include <functional>
 
 namespace corvale {
 namespace {
@@ -27,8 +32,9 @@ struct Device {
         (void)files.createDirectories(home / "tmp");
     }
     VaultStoreSetup setup() {
-        return {files, secrets, clock, scheduler, authenticator, home / "share", home / "config/Corvale/prefs.json",
-                home / "tmp"};
+        return {
+            files,       secrets, clock, scheduler, authenticator, home / "share", home / "config/Corvale/prefs.json",
+            home / "tmp"};
     }
     fs::path vaultFile() { return home / "share/Corvale/Vault/vault.pbv"; }
 };
@@ -215,9 +221,14 @@ TEST(VaultStore, AnotherDeviceJoinsWithTheKeyFileAndOnlyTheRightPassphrase) {
 
     // The second device shares the disk here only to read the carried folder.
     Device second("/home/ana-laptop");
-    VaultStoreSetup onFirstDisk{first.files,          second.secrets,          second.clock,
-                                second.scheduler,     second.authenticator,    second.home / "share",
-                                second.home / "prefs.json", first.home / "tmp"};
+    VaultStoreSetup onFirstDisk{first.files,
+                                second.secrets,
+                                second.clock,
+                                second.scheduler,
+                                second.authenticator,
+                                second.home / "share",
+                                second.home / "prefs.json",
+                                first.home / "tmp"};
     VaultStore joiner(onFirstDisk);
     const auto wrong = joiner.join(carried, "battery staple");
     ASSERT_FALSE(wrong);
@@ -235,6 +246,94 @@ TEST(VaultStore, AnotherDeviceJoinsWithTheKeyFileAndOnlyTheRightPassphrase) {
     EXPECT_EQ(joiner.phase(), VaultPhase::welcome);
     EXPECT_EQ(second.secrets.itemCount(), 0u);
     EXPECT_FALSE(first.files.exists(second.home / "share/Corvale/Vault/vault.pbv"));
+}
+
+TEST(VaultStore, JoiningTakesOnlyPlainFilesOfBoundedSizeAndTheBlobsTheDocumentNeeds) {
+    char pattern[] = "/tmp/corvale-join-XXXXXX";
+    const fs::path root = mkdtemp(pattern);
+    PosixFileSystem disk;
+    InMemorySecretStore officeSecrets;
+    InMemorySecretStore laptopSecrets;
+    SystemClock clock;
+    ManualScheduler scheduler;
+    UnavailableAuthenticator authenticator;
+    const fs::path carried = root / "carried";
+    std::string scanBlob;
+    std::string cvBlob;
+    std::string droppedBlob;
+    {
+        VaultStore office({disk, officeSecrets, clock, scheduler, authenticator, root / "office", root / "office.json",
+                           root / "tmp"});
+        ASSERT_TRUE(office.create(nurse({"TX"})));
+        const auto scan = office.addDocument(asBytes("licence scan"), DocumentRecord{});
+        const auto cv = office.addDocument(asBytes("curriculum vitae"), DocumentRecord{});
+        const auto dropped = office.addDocument(asBytes("old CV"), DocumentRecord{});
+        ASSERT_TRUE(scan && cv && dropped);
+        ASSERT_TRUE(office.change([](VaultDocument& doc) { doc.documents.back().deleted = true; }));
+        ASSERT_TRUE(office.flush());
+        fs::create_directories(carried);
+        ASSERT_TRUE(office.exportKeyFile(carried / "vault.key", "correct horse"));
+        fs::copy(office.vaultDirectory() / "vault.pbv", carried / "vault.pbv");
+        fs::copy(office.vaultDirectory() / "blobs", carried / "blobs");
+        scanBlob = scan->blobHash + ".pbb";
+        cvBlob = cv->blobHash + ".pbb";
+        droppedBlob = dropped->blobHash + ".pbb";
+    }
+    ASSERT_TRUE(fs::exists(carried / "blobs" / droppedBlob));
+
+    VaultStore laptop(
+        {disk, laptopSecrets, clock, scheduler, authenticator, root / "laptop", root / "laptop.json", root / "tmp"});
+    const auto refused = [&](const std::string& label, const fs::path& file, const std::function<void()>& plant,
+                             FileError::Code code) {
+        const fs::path kept = root / "kept";
+        fs::rename(file, kept);
+        plant();
+        const auto joined = laptop.join(carried, "correct horse");
+        fs::remove_all(file);
+        fs::rename(kept, file);
+        ASSERT_FALSE(joined) << label;
+        EXPECT_EQ(joined.error().file.code, code) << label << ": " << joined.error().message();
+        EXPECT_EQ(laptop.phase(), VaultPhase::welcome) << label;
+        EXPECT_EQ(laptopSecrets.itemCount(), 0u) << label;
+        EXPECT_FALSE(fs::exists(laptop.vaultDirectory() / "vault.pbv")) << label;
+        EXPECT_FALSE(fs::exists(laptop.vaultDirectory() / "blobs")) << label;
+    };
+    for (const fs::path& file : {carried / "vault.key", carried / "vault.pbv", carried / "blobs" / cvBlob}) {
+        const std::string name = file.filename().string();
+        refused(
+            name + " as a link", file, [&] { fs::create_symlink(root / "kept", file); }, FileError::Code::notAFile);
+        refused(
+            name + " as a folder", file, [&] { fs::create_directory(file); }, FileError::Code::notAFile);
+        // A pipe would block a plain open for ever.
+        refused(
+            name + " as a pipe", file, [&] { ASSERT_EQ(mkfifo(file.c_str(), 0600), 0); }, FileError::Code::notAFile);
+    }
+    refused(
+        "oversized key file", carried / "vault.key",
+        [&] {
+            std::ofstream out(carried / "vault.key");
+            out << std::string(VaultFiles::kKeyFileMaxBytes + 1, ' ');
+        },
+        FileError::Code::tooLarge);
+    refused(
+        "missing blob", carried / "blobs" / scanBlob, [] {}, FileError::Code::notFound);
+
+    // Sealed under the right key but not the bytes its name promises.
+    fs::copy_file(carried / "blobs" / scanBlob, root / "scan", fs::copy_options::overwrite_existing);
+    fs::copy_file(carried / "blobs" / cvBlob, carried / "blobs" / scanBlob, fs::copy_options::overwrite_existing);
+    const auto mismatched = laptop.join(carried, "correct horse");
+    ASSERT_FALSE(mismatched);
+    EXPECT_EQ(mismatched.error().code, VaultError::Code::damaged);
+    EXPECT_EQ(laptopSecrets.itemCount(), 0u);
+    fs::copy_file(root / "scan", carried / "blobs" / scanBlob, fs::copy_options::overwrite_existing);
+
+    ASSERT_TRUE(laptop.join(carried, "correct horse"));
+    EXPECT_EQ(laptop.phase(), VaultPhase::ready);
+    // The blob no live record refers to stayed behind.
+    std::vector<std::string> expected{scanBlob, cvBlob};
+    std::sort(expected.begin(), expected.end());
+    EXPECT_EQ(disk.list(laptop.vaultDirectory() / "blobs"), expected);
+    fs::remove_all(root);
 }
 
 TEST(VaultStore, AnOlderInstallationMovesAcrossOnce) {

@@ -212,6 +212,13 @@ TEST(KeyFile, MalformedFilesAreBadFormat) {
     // Too short, then long enough but without the magic.
     withField("wrappedKey", {"@@@@", crypto::base64Encode(counting(0, 31)), crypto::base64Encode(counting(0, 64))});
     withField("createdAt", {"last Tuesday"});
+    // An extra key nested far too deep, which would otherwise be recursed into.
+    {
+        std::string text = writeJSON(JSONValue(base));
+        text.pop_back();
+        cases.emplace_back("deep extra",
+                           text + R"(,"comment":)" + std::string(100'000, '[') + std::string(100'000, ']') + "}");
+    }
     for (const auto& [label, text] : cases) {
         EXPECT_EQ(failedWith(KeyFile::parse(text)), Code::badFormat) << label;
     }
@@ -320,6 +327,15 @@ TEST(VaultFiles, DocumentRoundTripsAndBadFilesAreReported) {
         ASSERT_TRUE(fileSystem.replaceFileAtomically(path, contents));
         EXPECT_EQ(failedWith(files.loadDocument()), Code::badFormat);
     }
+
+    // Sealed under the key but nested past any limit: damaged, and no stack overflow on the way.
+    const std::string deep = R"({"format":"pembrose-vault","vaultId":"v","future":)" + std::string(100'000, '[') +
+                             std::string(100'000, ']') + "}";
+    ASSERT_TRUE(fileSystem.replaceFileAtomically(path, Sealer::seal(asBytes(deep), countingKey(0x40).view()).value()));
+    const auto deepLoad = files.loadDocument();
+    ASSERT_FALSE(deepLoad);
+    EXPECT_EQ(deepLoad.error().message(),
+              "This vault file is damaged or was sealed with another key, so restore it from a backup.");
 }
 
 TEST(VaultFiles, BlobsAreStoredOnceUnderTheirHashAndChecked) {
