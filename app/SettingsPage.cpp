@@ -1,11 +1,12 @@
 #include "app/SettingsPage.h"
 
 #include "app/AppContext.h"
-#include "app/LongTask.h"
 #include "app/FormParts.h"
+#include "app/LongTask.h"
 #include "app/Theme.h"
 #include "platform/Clock.h"
 #include "records/Degree.h"
+#include "records/EntryRules.h"
 #include "requirements/USState.h"
 #include "vault/VaultStore.h"
 
@@ -37,7 +38,6 @@
 namespace corvale::app {
 namespace {
 
-constexpr qsizetype kMinimumPassphrase = 8;
 constexpr int kIdleChoices[] = {0, 1, 5, 15, 30, 60};
 
 QString text(std::string_view value) { return QString::fromUtf8(value.data(), static_cast<qsizetype>(value.size())); }
@@ -93,9 +93,6 @@ QString idleText(int minutes) {
     if (minutes == 1) return QObject::tr("After 1 minute");
     return QObject::tr("After %1 minutes").arg(minutes);
 }
-
-
-
 
 QFrame* inset(QWidget* parent) {
     auto* frame = new QFrame(parent);
@@ -260,7 +257,7 @@ SettingsPage::PassphrasePanel SettingsPage::passphrasePanel(const QString& subje
     layout->setSpacing(10);
     layout->addWidget(makeLabel(tr("Choose a passphrase of at least %1 characters. Without it, the %2 can't be opened, "
                                    "so keep it somewhere safe.")
-                                    .arg(kMinimumPassphrase)
+                                    .arg(kMinimumPassphraseLength)
                                     .arg(subject),
                                 "detail", panel.frame));
     panel.passphrase = passphraseField(tr("%1 passphrase").arg(subject.left(1).toUpper() + subject.mid(1)),
@@ -581,9 +578,8 @@ namespace {
 
 // Empty when the two fields hold the same passphrase of a fit length.
 QString passphraseProblem(const QLineEdit* passphrase, const QLineEdit* repeat) {
-    if (passphrase->text().size() < kMinimumPassphrase)
-        return QObject::tr("That passphrase is shorter than %1 characters, so choose a longer one.")
-            .arg(kMinimumPassphrase);
+    if (auto tooShort = newPassphraseProblem(passphrase->text().toStdString()))
+        return QString::fromStdString(*tooShort);
     if (passphrase->text() != repeat->text())
         return QObject::tr("The two passphrases differ, so type the same one in both fields.");
     return {};
