@@ -3,6 +3,7 @@
 #include "app/AppContext.h"
 #include "app/FormParts.h"
 #include "app/LongTask.h"
+#include "app/SecretField.h"
 #include "app/Theme.h"
 #include "platform/Clock.h"
 #include "records/Degree.h"
@@ -578,7 +579,7 @@ namespace {
 
 // Empty when the two fields hold the same passphrase of a fit length.
 QString passphraseProblem(const QLineEdit* passphrase, const QLineEdit* repeat) {
-    if (auto tooShort = newPassphraseProblem(passphrase->text().toStdString()))
+    if (auto tooShort = newPassphraseProblem(takeSecret(passphrase).text()))
         return QString::fromStdString(*tooShort);
     if (passphrase->text() != repeat->text())
         return QObject::tr("The two passphrases differ, so type the same one in both fields.");
@@ -602,10 +603,12 @@ void SettingsPage::exportBackup() {
         showMessage(m_export.error, text(flushed.error().message()));
         return;
     }
-    const std::string passphrase = m_export.passphrase->text().toStdString();
+    const SecureBytes passphrase = takeSecret(m_export.passphrase);
+    m_export.passphrase->clear();
+    m_export.repeat->clear();
     const std::filesystem::path destination = pathOf(chosen);
-    const auto failed = LongTask::run(this, tr("Making the backup…"), [&store, passphrase, destination] {
-        return failureOf(store.exportBackup(passphrase, destination));
+    const auto failed = LongTask::run(this, tr("Making the backup…"), [&store, &passphrase, destination] {
+        return failureOf(store.exportBackup(passphrase.text(), destination));
     });
     if (failed) {
         showMessage(m_export.error, text(failed->message()));
@@ -636,10 +639,10 @@ void SettingsPage::checkRestore() {
         return;
     }
     const VaultStore& store = context().store;
-    const std::string passphrase = m_restorePassphrase->text().toStdString();
+    const SecureBytes passphrase = takeSecret(m_restorePassphrase);
     const std::filesystem::path archive = pathOf(m_restorePath);
-    const auto failed = LongTask::run(this, tr("Checking the backup…"), [&store, passphrase, archive] {
-        return failureOf(store.checkBackup(archive, passphrase));
+    const auto failed = LongTask::run(this, tr("Checking the backup…"), [&store, &passphrase, archive] {
+        return failureOf(store.checkBackup(archive, passphrase.text()));
     });
     if (failed) {
         showMessage(m_restoreError, text(failed->message()));
@@ -657,14 +660,14 @@ void SettingsPage::checkRestore() {
 void SettingsPage::restore() {
     if (m_restorePath.isEmpty()) return;
     VaultStore& store = context().store;
-    const std::string passphrase = m_restorePassphrase->text().toStdString();
+    const SecureBytes passphrase = takeSecret(m_restorePassphrase);
     const std::filesystem::path archive = pathOf(m_restorePath);
     const QString name = QFileInfo(m_restorePath).fileName();
-    const auto failed = LongTask::run(this, tr("Restoring the backup…"), [&store, passphrase, archive] {
+    const auto failed = LongTask::run(this, tr("Restoring the backup…"), [&store, &passphrase, archive] {
         // The backup was checked, so the restore decides: what a partial erase
         // left behind is overwritten by the restore or is harmless beside it.
         (void)store.erase();
-        return failureOf(store.restoreBackup(archive, passphrase));
+        return failureOf(store.restoreBackup(archive, passphrase.text()));
     });
     closePanels();
     if (failed) {
@@ -689,10 +692,12 @@ void SettingsPage::exportKeyFile() {
         chooseFile(true, tr("Save key file"), text(VaultStore::kKeyFileName), tr("Key files (*.key)"));
     if (chosen.isEmpty()) return;
     VaultStore& store = context().store;
-    const std::string passphrase = m_key.passphrase->text().toStdString();
+    const SecureBytes passphrase = takeSecret(m_key.passphrase);
+    m_key.passphrase->clear();
+    m_key.repeat->clear();
     const std::filesystem::path destination = pathOf(chosen);
-    const auto failed = LongTask::run(this, tr("Making the key file…"), [&store, passphrase, destination] {
-        return failureOf(store.exportKeyFile(destination, passphrase));
+    const auto failed = LongTask::run(this, tr("Making the key file…"), [&store, &passphrase, destination] {
+        return failureOf(store.exportKeyFile(destination, passphrase.text()));
     });
     if (failed) {
         showMessage(m_key.error, text(failed->message()));

@@ -1,5 +1,6 @@
 #include "TestDevice.h"
 #include "cli/DesktopApp.h"
+#include "cli/SafeOutput.h"
 
 #include <algorithm>
 #include <fstream>
@@ -353,3 +354,29 @@ TEST(DesktopApp, IsFoundBesideTheProgramOrInTheBuildTreeAndOnlyWhenItCanRun) {
 
 }  // namespace
 }  // namespace corvale
+
+namespace corvale::cli {
+namespace {
+
+TEST(EscapeControls, KeepsTextAndEscapesControlsEvenAcrossSeparateWrites) {
+    EXPECT_EQ(escapeControls("Zo\xc3\xab \xe6\x9d\x8e\tok\n"), "Zo\xc3\xab \xe6\x9d\x8e\tok\n");
+    EXPECT_EQ(escapeControls("\x1b[2J\r\x08\x7f"), "\\x1b[2J\\x0d\\x08\\u007f");
+    // C1 controls written as UTF-8 and as the bare bytes an 8-bit terminal obeys.
+    EXPECT_EQ(escapeControls("\xc2\x9b\xc2\x85\xc2\xa0"), "\\u009b\\u0085\xc2\xa0");
+    EXPECT_EQ(escapeControls("a\x9b"
+                             "b\xff"),
+              "a\\x9bb\\xff");
+    // A sequence cut short shows its bytes instead of swallowing what follows.
+    EXPECT_EQ(escapeControls("\xc3(\xe6\x9d"), "\\xc3(\\xe6\\x9d");
+
+    std::ostringstream target;
+    {
+        EscapingBuffer buffer(target);
+        std::ostream out(&buffer);
+        for (const char c : std::string_view("\xc2\x9b\xe6\x9d\x8e\x1b")) out << c;
+    }
+    EXPECT_EQ(target.str(), "\\u009b\xe6\x9d\x8e\\x1b");
+}
+
+}  // namespace
+}  // namespace corvale::cli
