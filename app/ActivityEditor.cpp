@@ -8,6 +8,7 @@
 #include "app/UnsavedEdits.h"
 #include "app/WheelGuard.h"
 #include "platform/Clock.h"
+#include "records/EntryRules.h"
 #include "records/RecordEnums.h"
 #include "requirements/Hours.h"
 #include "requirements/Requirements.h"
@@ -25,7 +26,6 @@
 #include <QListView>
 #include <QPlainTextEdit>
 #include <QPushButton>
-#include <QRegularExpression>
 #include <QScrollArea>
 #include <QShortcut>
 #include <QStandardItemModel>
@@ -493,25 +493,17 @@ bool ActivityEditor::save() {
         } else if (!completedOn->exists()) {
             completedOn.reset();
             wrong(m_completedError, m_completed, notOnTheCalendar(dayText));
-        } else if (*completedOn > m_context.today()) {
+        } else if (auto ahead = cmeCompletedProblem(*completedOn, m_context.today())) {
             completedOn.reset();
-            wrong(m_completedError, m_completed, tr("That day is still ahead. Enter the day you completed it."));
+            wrong(m_completedError, m_completed, QString::fromStdString(*ahead));
         }
     }
 
     std::optional<double> hours;
-    const QString hoursInput = m_hours->text().trimmed();
-    static const QRegularExpression number(QStringLiteral("^(\\d+(\\.\\d*)?|\\.\\d+)$"));
-    static const QRegularExpression twoDecimals(QStringLiteral("^(\\d+(\\.\\d{0,2})?|\\.\\d{1,2})$"));
-    if (hoursInput.isEmpty()) {
-        wrong(m_hoursError, m_hours, tr("Enter the hours it earned."));
-    } else if (!number.match(hoursInput).hasMatch() || QLocale::c().toDouble(hoursInput) <= 0) {
-        wrong(m_hoursError, m_hours, tr("Enter the hours as a number above 0."));
-    } else if (!twoDecimals.match(hoursInput).hasMatch()) {
-        wrong(m_hoursError, m_hours, tr("Use at most two decimals for the hours."));
-    } else {
-        hours = QLocale::c().toDouble(hoursInput);
-    }
+    if (auto parsed = parseCMEHours(m_hours->text().trimmed().toStdString()))
+        hours = *parsed;
+    else
+        wrong(m_hoursError, m_hours, QString::fromStdString(parsed.error()));
 
     std::optional<double> cost;
     QString costInput = m_cost->text().trimmed();

@@ -8,6 +8,7 @@
 #include "app/OnboardingPage.h"
 #include "app/ProfilePage.h"
 #include "app/Screen.h"
+#include "app/SecretField.h"
 #include "app/SessionWatcher.h"
 #include "app/SettingsPage.h"
 #include "app/Theme.h"
@@ -377,9 +378,9 @@ void MainWindow::create() {
 
 void MainWindow::join(const QString& folder, const QString& passphrase) {
     const std::filesystem::path path = folder.toStdString();
-    const std::string secret = passphrase.toStdString();
-    const auto joined =
-        LongTask::run(this, tr("Joining the vault…"), [this, path, secret] { return m_store->join(path, secret); });
+    const SecureBytes secret = secretOf(passphrase);
+    const auto joined = LongTask::run(this, tr("Joining the vault…"),
+                                      [this, path, &secret] { return m_store->join(path, secret.text()); });
     if (!joined) {
         m_onboarding->showError(message(joined.error()));
         return;
@@ -390,9 +391,9 @@ void MainWindow::join(const QString& folder, const QString& passphrase) {
 
 void MainWindow::restore(const QString& archive, const QString& passphrase) {
     const std::filesystem::path path = archive.toStdString();
-    const std::string secret = passphrase.toStdString();
+    const SecureBytes secret = secretOf(passphrase);
     const auto restored = LongTask::run(this, tr("Restoring the backup…"),
-                                        [this, path, secret] { return m_store->restoreBackup(path, secret); });
+                                        [this, path, &secret] { return m_store->restoreBackup(path, secret.text()); });
     if (!restored) {
         m_onboarding->showError(message(restored.error()));
         return;

@@ -309,6 +309,7 @@ void OnboardingPage::submitJoin() {
     }
     showError(QString());
     emit joinRequested(folder, m_joinPassphrase->text());
+    m_joinPassphrase->clear();  // used once; a retry is typed again
 }
 
 void OnboardingPage::submitRestore() {
@@ -325,6 +326,7 @@ void OnboardingPage::submitRestore() {
     }
     showError(QString());
     emit restoreRequested(file, m_backupPassphrase->text());
+    m_backupPassphrase->clear();
 }
 
 void OnboardingPage::submit() {

@@ -3,9 +3,11 @@
 #include "app/AppContext.h"
 #include "app/FormParts.h"
 #include "app/LongTask.h"
+#include "app/SecretField.h"
 #include "app/Theme.h"
 #include "platform/Clock.h"
 #include "records/Degree.h"
+#include "records/EntryRules.h"
 #include "requirements/USState.h"
 #include "vault/VaultStore.h"
 
@@ -37,7 +39,6 @@
 namespace corvale::app {
 namespace {
 
-constexpr qsizetype kMinimumPassphrase = 8;
 constexpr int kIdleChoices[] = {0, 1, 5, 15, 30, 60};
 
 QString text(std::string_view value) { return QString::fromUtf8(value.data(), static_cast<qsizetype>(value.size())); }
@@ -257,7 +258,7 @@ SettingsPage::PassphrasePanel SettingsPage::passphrasePanel(const QString& subje
     layout->setSpacing(10);
     layout->addWidget(makeLabel(tr("Choose a passphrase of at least %1 characters. Without it, the %2 can't be opened, "
                                    "so keep it somewhere safe.")
-                                    .arg(kMinimumPassphrase)
+                                    .arg(kMinimumPassphraseLength)
                                     .arg(subject),
                                 "detail", panel.frame));
     panel.passphrase = passphraseField(tr("%1 passphrase").arg(subject.left(1).toUpper() + subject.mid(1)),
@@ -578,9 +579,8 @@ namespace {
 
 // Empty when the two fields hold the same passphrase of a fit length.
 QString passphraseProblem(const QLineEdit* passphrase, const QLineEdit* repeat) {
-    if (passphrase->text().size() < kMinimumPassphrase)
-        return QObject::tr("That passphrase is shorter than %1 characters, so choose a longer one.")
-            .arg(kMinimumPassphrase);
+    if (auto tooShort = newPassphraseProblem(takeSecret(passphrase).text()))
+        return QString::fromStdString(*tooShort);
     if (passphrase->text() != repeat->text())
         return QObject::tr("The two passphrases differ, so type the same one in both fields.");
     return {};
@@ -603,10 +603,12 @@ void SettingsPage::exportBackup() {
         showMessage(m_export.error, text(flushed.error().message()));
         return;
     }
-    const std::string passphrase = m_export.passphrase->text().toStdString();
+    const SecureBytes passphrase = takeSecret(m_export.passphrase);
+    m_export.passphrase->clear();
+    m_export.repeat->clear();
     const std::filesystem::path destination = pathOf(chosen);
-    const auto failed = LongTask::run(this, tr("Making the backup…"), [&store, passphrase, destination] {
-        return failureOf(store.exportBackup(passphrase, destination));
+    const auto failed = LongTask::run(this, tr("Making the backup…"), [&store, &passphrase, destination] {
+        return failureOf(store.exportBackup(passphrase.text(), destination));
     });
     if (failed) {
         showMessage(m_export.error, text(failed->message()));
@@ -637,10 +639,10 @@ void SettingsPage::checkRestore() {
         return;
     }
     const VaultStore& store = context().store;
-    const std::string passphrase = m_restorePassphrase->text().toStdString();
+    const SecureBytes passphrase = takeSecret(m_restorePassphrase);
     const std::filesystem::path archive = pathOf(m_restorePath);
-    const auto failed = LongTask::run(this, tr("Checking the backup…"), [&store, passphrase, archive] {
-        return failureOf(store.checkBackup(archive, passphrase));
+    const auto failed = LongTask::run(this, tr("Checking the backup…"), [&store, &passphrase, archive] {
+        return failureOf(store.checkBackup(archive, passphrase.text()));
     });
     if (failed) {
         showMessage(m_restoreError, text(failed->message()));
@@ -658,13 +660,13 @@ void SettingsPage::checkRestore() {
 void SettingsPage::restore() {
     if (m_restorePath.isEmpty()) return;
     VaultStore& store = context().store;
-    const std::string passphrase = m_restorePassphrase->text().toStdString();
+    const SecureBytes passphrase = takeSecret(m_restorePassphrase);
     const std::filesystem::path archive = pathOf(m_restorePath);
     const QString name = QFileInfo(m_restorePath).fileName();
     // The restore proves the whole backup before it takes the vault's place,
     // so a failure leaves this vault open as it was.
-    const auto failed = LongTask::run(this, tr("Restoring the backup…"), [&store, passphrase, archive] {
-        return failureOf(store.replaceWithBackup(archive, passphrase));
+    const auto failed = LongTask::run(this, tr("Restoring the backup…"), [&store, &passphrase, archive] {
+        return failureOf(store.replaceWithBackup(archive, passphrase.text()));
     });
     if (failed) {
         showMessage(m_restoreError, text(failed->message()));
@@ -689,10 +691,12 @@ void SettingsPage::exportKeyFile() {
         chooseFile(true, tr("Save key file"), text(VaultStore::kKeyFileName), tr("Key files (*.key)"));
     if (chosen.isEmpty()) return;
     VaultStore& store = context().store;
-    const std::string passphrase = m_key.passphrase->text().toStdString();
+    const SecureBytes passphrase = takeSecret(m_key.passphrase);
+    m_key.passphrase->clear();
+    m_key.repeat->clear();
     const std::filesystem::path destination = pathOf(chosen);
-    const auto failed = LongTask::run(this, tr("Making the key file…"), [&store, passphrase, destination] {
-        return failureOf(store.exportKeyFile(destination, passphrase));
+    const auto failed = LongTask::run(this, tr("Making the key file…"), [&store, &passphrase, destination] {
+        return failureOf(store.exportKeyFile(destination, passphrase.text()));
     });
     if (failed) {
         showMessage(m_key.error, text(failed->message()));

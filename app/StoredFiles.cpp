@@ -1,5 +1,6 @@
 #include "app/StoredFiles.h"
 
+#include "records/EntryRules.h"
 #include "vault/VaultStore.h"
 
 #include <QDesktopServices>
@@ -25,6 +26,8 @@ Result<DocumentRecord, QString> storeFile(VaultStore& store, const QString& path
     if (file.open(QIODevice::ReadOnly)) bytes = file.readAll();
     if (!file.isOpen() || file.error() != QFileDevice::NoError)
         return fail(QObject::tr("%1 couldn't be read, so nothing was attached.").arg(filename));
+    if (auto empty = storedFileProblem(filename.toStdString(), static_cast<std::size_t>(bytes.size())))
+        return fail(QString::fromStdString(*empty));
 
     DocumentRecord record;
     record.personId = std::move(personId);

@@ -1,5 +1,6 @@
 #include "app/MainWindow.h"
 #include "app/QtScheduler.h"
+#include "platform/ProcessHardening.h"
 #include "platform/linux/LibsecretSecretStore.h"
 #include "platform/linux/PamAuthenticator.h"
 #include "platform/linux/PosixFileSystem.h"
@@ -11,6 +12,7 @@
 
 int main(int argc, char* argv[]) {
     using namespace corvale;
+    (void)hardenProcess();  // before anything reads a key; a refusal leaves the app usable
     QApplication application(argc, argv);
     QApplication::setApplicationName(QStringLiteral("Corvale"));
     QApplication::setApplicationDisplayName(QStringLiteral("Corvale"));

@@ -44,18 +44,24 @@ enum class RecordList { people, credentials, cme, documents, packets, healthReco
 std::optional<RecordList> recordListFromName(std::string_view name);
 std::vector<std::string_view> recordListNames();
 
-// Starts the store and gets it to ready, unlocking where app lock is on.
-Result<void, VaultError> openRecords(VaultStore& store);
+// Starts the store and gets it to ready. Where app lock is on it asks the
+// authenticator, which asks for the login password on the terminal; with no
+// terminal it refuses. Fails with the sentence to show.
+Result<void, std::string> openRecords(Session& session, VaultStore& store);
 
 // The owner of a new record: the given live person, else the user, else the only person.
 Result<std::string, std::string> choosePerson(const VaultDocument& document, const std::optional<std::string>& given);
 
 // openRecords, then choosePerson: where every new record starts. Fails with the sentence to show.
-Result<std::string, std::string> openForNewRecord(VaultStore& store, const std::optional<std::string>& person);
+Result<std::string, std::string> openForNewRecord(Session& session, VaultStore& store,
+                                                  const std::optional<std::string>& person);
 
-// From standard input or the terminal. `confirm` asks twice on a terminal,
-// where a typo in a new passphrase would lock the user out of the copy.
-Result<std::string, std::string> readPassphrase(Session& session, bool fromStdin, bool confirm);
+// A new passphrase seals a copy and must be long enough (and typed twice on a
+// terminal); an existing one only has to open what it sealed.
+enum class PassphraseUse { existing, newOne };
+
+// From standard input or the terminal, kept in a wiping buffer throughout.
+Result<SecureBytes, std::string> readPassphrase(Session& session, bool fromStdin, PassphraseUse use);
 
 struct InitOptions {
     std::string name;

@@ -2,9 +2,11 @@
 #include "records/AsciiCase.h"
 
 #include "cli/CommandContext.h"
+#include "cli/SafeOutput.h"
 #include "records/CredentialKind.h"
 #include "records/Degree.h"
 #include "records/DocumentKind.h"
+#include "records/EntryRules.h"
 #include "records/RecordEnums.h"
 #include "requirements/USState.h"
 
@@ -16,6 +18,8 @@
 #include <cmath>
 #include <functional>
 #include <utility>
+
+#include <unistd.h>
 
 namespace corvale {
 namespace cli {
@@ -80,19 +84,12 @@ CLI::Validator stateValidator() {
         "XX");
 }
 
-std::optional<double> parseHours(const std::string& text) {
-    double hours = 0;
-    const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), hours);
-    if (error != std::errc() || end != text.data() + text.size() || !std::isfinite(hours) || hours < 0) {
-        return std::nullopt;
-    }
-    return hours;
-}
-
+// The editor's rule for hours, so the command line refuses what the app refuses, in its words.
 CLI::Validator hoursValidator() {
     return CLI::Validator(
         [](std::string& text) -> std::string {
-            return parseHours(text) ? "" : "'" + text + "' isn't a number of hours; use zero or more, like 1.5.";
+            auto hours = parseCMEHours(text);
+            return hours ? "" : hours.error();
         },
         "HOURS");
 }
@@ -136,63 +133,84 @@ std::vector<std::string_view> recordListNames() {
     return {"people", "credentials", "cme", "documents", "packets", "healthRecords"};
 }
 
-Result<void, VaultError> openRecords(VaultStore& store) {
+Result<void, std::string> openRecords(Session& session, VaultStore& store) {
     if (auto started = store.start(); !started) {
-        return started;
+        return fail(started.error().message());
     }
     switch (store.phase()) {
     case VaultPhase::ready:
         return {};
     case VaultPhase::locked:
-        // Headless, the authenticator is unavailable and lets the owner through;
-        // a real refusal leaves the vault locked and says so.
-        return store.unlock();
+        // App lock asks for the login password; with nowhere to ask it, a script must not get in.
+        if (!session.prompt) {
+            return fail(
+                std::string("App lock is on and there's no terminal to ask for your login password on, "
+                            "so run this command in a terminal."));
+        }
+        if (auto unlocked = store.unlock(); !unlocked) {
+            return fail(std::string("Your login password wasn't accepted, so the vault stays locked."));
+        }
+        return {};
     case VaultPhase::loading:
     case VaultPhase::welcome:
         break;
     }
-    return fail(VaultError::noVault());
+    return fail(VaultError::noVault().message());
 }
 
-Result<std::string, std::string> readPassphrase(Session& session, bool fromStdin, bool confirm) {
-    std::string passphrase;
+Result<SecureBytes, std::string> readPassphrase(Session& session, bool fromStdin, PassphraseUse use) {
+    std::optional<SecureBytes> passphrase;
     if (fromStdin) {
-        if (!std::getline(session.in, passphrase)) {
+        passphrase = readSecretLine([&](char& c) { return static_cast<bool>(session.in.get(c)); });
+        if (!passphrase) {
             return fail(std::string("Standard input held no passphrase."));
         }
-        if (!passphrase.empty() && passphrase.back() == '\r') {
-            passphrase.pop_back();
-        }
     } else {
-        auto typed = session.prompt ? session.prompt("Passphrase: ") : std::nullopt;
-        if (!typed) {
+        passphrase = session.prompt ? session.prompt("Passphrase: ") : std::nullopt;
+        if (!passphrase) {
             return fail(std::string("A passphrase is needed, so pass it on standard input with --passphrase-stdin."));
         }
-        passphrase = std::move(*typed);
-        if (confirm && !passphrase.empty()) {
+    }
+    if (passphrase->empty()) {
+        return fail(std::string("The passphrase is empty, so give one with at least one character."));
+    }
+    if (use == PassphraseUse::newOne) {
+        if (auto tooShort = newPassphraseProblem(passphrase->text())) {
+            return fail(std::move(*tooShort));
+        }
+        // Asked twice on a terminal, where a typo would lock the user out of the copy.
+        if (!fromStdin) {
             auto again = session.prompt("Repeat the passphrase: ");
-            if (!again || *again != passphrase) {
+            if (!again || !(*again == *passphrase)) {
                 return fail(std::string("The passphrases don't match, so nothing was written."));
             }
         }
     }
-    if (passphrase.empty()) {
-        return fail(std::string("The passphrase is empty, so give one with at least one character."));
-    }
-    return passphrase;
+    return std::move(*passphrase);
 }
 
 }  // namespace cli
 
 int runCommandLine(std::vector<std::string> args, std::istream& in, std::ostream& out, std::ostream& err,
                    VaultStoreSetup setup) {
-    return runCommandLine(std::move(args), in, out, err, setup, promptOnTerminal);
+    // Standard input that is not a terminal means a script: nothing is asked, and app lock refuses it.
+    return runCommandLine(std::move(args), in, out, err, setup,
+                          ::isatty(STDIN_FILENO) == 1 ? PassphrasePrompt(promptOnTerminal) : PassphrasePrompt());
 }
 
 int runCommandLine(std::vector<std::string> args, std::istream& in, std::ostream& out, std::ostream& err,
                    VaultStoreSetup setup, PassphrasePrompt prompt, StateData data) {
     using namespace cli;
-    Session session{setup, in, out, err, std::move(prompt),
+    // Everything printed passes the escaping edge, record text and error sentences alike.
+    EscapingBuffer outBuffer(out);
+    EscapingBuffer errBuffer(err);
+    std::ostream safeOut(&outBuffer);
+    std::ostream safeErr(&errBuffer);
+    Session session{setup,
+                    in,
+                    safeOut,
+                    safeErr,
+                    std::move(prompt),
                     data.requirements ? *data.requirements : Requirements::shared(),
                     data.fees ? *data.fees : StateFees::shared()};
 
@@ -271,7 +289,8 @@ int runCommandLine(std::vector<std::string> args, std::istream& in, std::ostream
     addCME->add_option("--topic", cme.topics, "Topic key (repeatable)");
     auto* cmePersonOption = addCME->add_option("--person", cmeOwner, "Owner's id");
     addCME->callback([&] {
-        cme.hours = parseHours(hours).value_or(0);
+        auto parsedHours = parseCMEHours(hours);  // the validator has already refused anything else
+        cme.hours = parsedHours ? *parsedHours : 0;
         cme.completed = Day::parse(completed).value_or(Day{});
         cme.person = given(cmePersonOption, cmeOwner);
         action = [&] { return runAddCME(session, cme); };
@@ -403,7 +422,7 @@ int runCommandLine(std::vector<std::string> args, std::istream& in, std::ostream
         std::reverse(args.begin(), args.end());  // CLI11 takes the arguments last first
         app.parse(args);
     } catch (const CLI::ParseError& error) {
-        const int code = app.exit(error, out, err);
+        const int code = app.exit(error, safeOut, safeErr);
         return code == 0 ? kSucceeded : kUsageError;
     }
     return action ? action() : kUsageError;

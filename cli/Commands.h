@@ -2,6 +2,7 @@
 // The `corvale` command line, as a library so tests run it in-process
 // against in-memory fakes.
 
+#include "platform/SecureBytes.h"
 #include "requirements/Requirements.h"
 #include "vault/VaultStore.h"
 
@@ -14,11 +15,17 @@
 
 namespace corvale {
 
-// Asks for a passphrase without echoing it; absent when there is no terminal to ask on.
-using PassphrasePrompt = std::function<std::optional<std::string>(std::string_view prompt)>;
+// Asks for a passphrase or password without echoing it; absent when there is
+// no terminal to ask on. The answer stays in a wiping buffer.
+using PassphrasePrompt = std::function<std::optional<SecureBytes>(std::string_view prompt)>;
 
 // Prompts on /dev/tty with echo off, so a passphrase never lands in scrollback.
-std::optional<std::string> promptOnTerminal(std::string_view prompt);
+// An interrupt while it waits puts echo back before the program ends.
+std::optional<SecureBytes> promptOnTerminal(std::string_view prompt);
+
+// One line from `next` without its line ending, held only in wiping buffers;
+// absent when `next` gave nothing at all.
+std::optional<SecureBytes> readSecretLine(const std::function<bool(char&)>& next);
 
 // The state data files the rules and fees commands read; the ones delivered
 // with the program unless a caller gives others.

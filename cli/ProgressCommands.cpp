@@ -83,7 +83,7 @@ struct View {
 // Opens the vault, settles the day and the person and computes what both
 // commands show; a failure is already reported, its exit code in `code`.
 std::optional<View> openView(Session& session, VaultStore& store, const ProgressOptions& options, int& code) {
-    if (auto opened = openRecords(store); !opened) {
+    if (auto opened = openRecords(session, store); !opened) {
         code = session.failed(opened.error());
         return std::nullopt;
     }
@@ -171,8 +171,7 @@ int printOffice(Session& session, const Readiness& readiness, const Day& day, bo
             << std::string(width - person.name.size(), ' ') << "  " << person.score.headline << '\n';
     }
     out << "\nTotals: " << count(totals.people, "person", "people") << " · "
-        << count(totals.credentials, "credential", "credentials") << " · average score " << totals.averageScore
-        << '\n';
+        << count(totals.credentials, "credential", "credentials") << " · average score " << totals.averageScore << '\n';
     out << "  " << count(totals.thisMonth, "thing needs", "things need") << " someone this month\n";
     out << "  " << count(totals.renewalsSoon, "renewal", "renewals") << " in the next 31 to 90 days\n";
     out << "  " << count(totals.undated, "license has", "licenses have") << " no renewal date\n";

@@ -2,6 +2,7 @@
 
 #include "cli/CommandContext.h"
 #include "records/CredentialKind.h"
+#include "records/EntryRules.h"
 #include "records/JSONReader.h"
 #include "records/JSONWriter.h"
 #include "records/RecordJSON.h"
@@ -82,8 +83,9 @@ int saveNew(Session& session, VaultStore& store, std::vector<T> VaultDocument::*
 
 }  // namespace
 
-Result<std::string, std::string> openForNewRecord(VaultStore& store, const std::optional<std::string>& person) {
-    if (auto opened = openRecords(store); !opened) return fail(opened.error().message());
+Result<std::string, std::string> openForNewRecord(Session& session, VaultStore& store,
+                                                  const std::optional<std::string>& person) {
+    if (auto opened = openRecords(session, store); !opened) return fail(opened.error());
     return choosePerson(store.doc(), person);
 }
 
@@ -138,7 +140,7 @@ int runStatus(Session& session, bool json) {
 
 int runAddPerson(Session& session, const PersonOptions& options) {
     VaultStore store(session.setup);
-    if (auto opened = openRecords(store); !opened) {
+    if (auto opened = openRecords(session, store); !opened) {
         return session.failed(opened.error());
     }
     Person person;
@@ -159,7 +161,7 @@ int runAddCredential(Session& session, const CredentialOptions& options) {
                              options.issued->toString() + ".");
     }
     VaultStore store(session.setup);
-    auto owner = openForNewRecord(store, options.person);
+    auto owner = openForNewRecord(session, store, options.person);
     if (!owner) {
         return session.failed(owner.error());
     }
@@ -177,8 +179,11 @@ int runAddCredential(Session& session, const CredentialOptions& options) {
 }
 
 int runAddCME(Session& session, const CMEOptions& options) {
+    if (auto ahead = cmeCompletedProblem(options.completed, Day::local(session.setup.clock.now()))) {
+        return session.usage(*ahead);
+    }
     VaultStore store(session.setup);
-    auto owner = openForNewRecord(store, options.person);
+    auto owner = openForNewRecord(session, store, options.person);
     if (!owner) {
         return session.failed(owner.error());
     }
@@ -196,7 +201,7 @@ int runAddCME(Session& session, const CMEOptions& options) {
 
 int runList(Session& session, RecordList list, bool json) {
     VaultStore store(session.setup);
-    if (auto opened = openRecords(store); !opened) {
+    if (auto opened = openRecords(session, store); !opened) {
         return session.failed(opened.error());
     }
     return visitList(list, [&](auto member, std::string_view, auto) {
@@ -216,7 +221,7 @@ int runList(Session& session, RecordList list, bool json) {
 
 int runShow(Session& session, RecordList list, const std::string& id, bool json) {
     VaultStore store(session.setup);
-    if (auto opened = openRecords(store); !opened) {
+    if (auto opened = openRecords(session, store); !opened) {
         return session.failed(opened.error());
     }
     return visitList(list, [&](auto member, std::string_view, std::string_view noun) {
@@ -238,7 +243,7 @@ int runShow(Session& session, RecordList list, const std::string& id, bool json)
 
 int runDelete(Session& session, RecordList list, const std::string& id) {
     VaultStore store(session.setup);
-    if (auto opened = openRecords(store); !opened) {
+    if (auto opened = openRecords(session, store); !opened) {
         return session.failed(opened.error());
     }
     return visitList(list, [&](auto member, auto, std::string_view noun) {

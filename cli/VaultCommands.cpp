@@ -2,6 +2,7 @@
 
 #include "cli/CommandContext.h"
 #include "records/AsciiCase.h"
+#include "records/EntryRules.h"
 #include "records/VaultDocument.h"
 
 #include <algorithm>
@@ -57,13 +58,16 @@ int runInit(Session& session, const InitOptions& options) {
 
 int runDocumentAdd(Session& session, const DocumentOptions& options) {
     VaultStore store(session.setup);
-    auto owner = openForNewRecord(store, options.person);
+    auto owner = openForNewRecord(session, store, options.person);
     if (!owner) {
         return session.failed(owner.error());
     }
     auto bytes = session.setup.files.readFile(options.file);
     if (!bytes) {
         return session.failed(bytes.error().message());
+    }
+    if (auto empty = storedFileProblem(options.file.filename().string(), bytes->size())) {
+        return session.failed(*empty);
     }
     DocumentRecord record;
     record.id = newUUID();
@@ -85,7 +89,7 @@ int runDocumentAdd(Session& session, const DocumentOptions& options) {
 
 int runDocumentOpen(Session& session, const std::string& id) {
     VaultStore store(session.setup);
-    if (auto opened = openRecords(store); !opened) {
+    if (auto opened = openRecords(session, store); !opened) {
         return session.failed(opened.error());
     }
     const auto& documents = store.doc().documents;
@@ -102,23 +106,22 @@ int runDocumentOpen(Session& session, const std::string& id) {
 }
 
 int runClearTemporary(Session& session) {
+    // Never started: plain copies need neither the key nor the vault, and
+    // clearing them must work while the app holds the vault or the key is gone.
     VaultStore store(session.setup);
-    if (auto started = store.start(); !started) {
-        return session.failed(started.error());
-    }
     return finish(session, store.clearTemporaryFiles());
 }
 
 int runBackupExport(Session& session, const std::optional<std::filesystem::path>& destination, bool passphraseStdin) {
     VaultStore store(session.setup);
-    if (auto opened = openRecords(store); !opened) {
+    if (auto opened = openRecords(session, store); !opened) {
         return session.failed(opened.error());
     }
-    auto passphrase = readPassphrase(session, passphraseStdin, true);
+    auto passphrase = readPassphrase(session, passphraseStdin, PassphraseUse::newOne);
     if (!passphrase) {
         return session.failed(passphrase.error());
     }
-    auto written = store.exportBackup(*passphrase, destination);
+    auto written = store.exportBackup(passphrase->text(), destination);
     if (!written) {
         return session.failed(written.error());
     }
@@ -131,11 +134,11 @@ int runBackupRestore(Session& session, const std::filesystem::path& archive, boo
     if (auto started = store.start(); !started) {
         return session.failed(started.error());
     }
-    auto passphrase = readPassphrase(session, passphraseStdin, false);
+    auto passphrase = readPassphrase(session, passphraseStdin, PassphraseUse::existing);
     if (!passphrase) {
         return session.failed(passphrase.error());
     }
-    if (auto restored = store.restoreBackup(archive, *passphrase); !restored) {
+    if (auto restored = store.restoreBackup(archive, passphrase->text()); !restored) {
         return session.failed(restored.error());
     }
     return finish(session, store.flush());
@@ -143,14 +146,14 @@ int runBackupRestore(Session& session, const std::filesystem::path& archive, boo
 
 int runKeyFileExport(Session& session, const std::filesystem::path& path, bool passphraseStdin) {
     VaultStore store(session.setup);
-    if (auto opened = openRecords(store); !opened) {
+    if (auto opened = openRecords(session, store); !opened) {
         return session.failed(opened.error());
     }
-    auto passphrase = readPassphrase(session, passphraseStdin, true);
+    auto passphrase = readPassphrase(session, passphraseStdin, PassphraseUse::newOne);
     if (!passphrase) {
         return session.failed(passphrase.error());
     }
-    return finish(session, store.exportKeyFile(path, *passphrase));
+    return finish(session, store.exportKeyFile(path, passphrase->text()));
 }
 
 int runJoin(Session& session, const std::filesystem::path& folder, bool passphraseStdin) {
@@ -161,11 +164,11 @@ int runJoin(Session& session, const std::filesystem::path& folder, bool passphra
     if (store.phase() != VaultPhase::welcome) {
         return session.failed(VaultError::vaultExists());
     }
-    auto passphrase = readPassphrase(session, passphraseStdin, false);
+    auto passphrase = readPassphrase(session, passphraseStdin, PassphraseUse::existing);
     if (!passphrase) {
         return session.failed(passphrase.error());
     }
-    if (auto joined = store.join(folder, *passphrase); !joined) {
+    if (auto joined = store.join(folder, passphrase->text()); !joined) {
         return session.failed(joined.error());
     }
     session.out << store.doc().vaultId << '\n';  // create and join have already written the vault

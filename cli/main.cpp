@@ -1,18 +1,27 @@
 #include "cli/Commands.h"
 #include "cli/DesktopApp.h"
+#include "platform/ProcessHardening.h"
 #include "platform/linux/LibsecretSecretStore.h"
+#include "platform/linux/PamAuthenticator.h"
 #include "platform/linux/PosixFileSystem.h"
 
 #include <iostream>
 
 int main(int argc, char** argv) {
+    (void)corvale::hardenProcess();  // before the key or any record is read
     if (argc == 1) return corvale::openDesktopApp();
     corvale::PosixFileSystem files;
     corvale::LibsecretSecretStore secrets;
     corvale::SystemClock clock;
     // Each command is one short run that flushes before it returns, so nothing waits on a timer.
     corvale::ManualScheduler scheduler;
-    corvale::UnavailableAuthenticator authenticator;
+    // App lock asks for the login password on the terminal. The authenticator
+    // takes it as a std::string, so the wiping buffer ends at that hand-over.
+    corvale::PamAuthenticator authenticator([](const std::string& reason) -> std::optional<std::string> {
+        auto password = corvale::promptOnTerminal(reason + ": your login password: ");
+        if (!password) return std::nullopt;
+        return std::string(password->text());
+    });
     auto setup = corvale::VaultStoreSetup::standard(files, secrets, clock, scheduler, authenticator);
     return corvale::runCommandLine(std::vector<std::string>(argv + 1, argv + argc), std::cin, std::cout, std::cerr,
                                    setup);

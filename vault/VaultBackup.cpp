@@ -121,10 +121,11 @@ Result<std::filesystem::path, VaultError> VaultStore::exportBackup(std::string_v
     }
 
     // The passphrase derivation is deliberately slow: it runs on another core
-    // while the documents stream in, and the key file is added last.
-    const std::string passphraseCopy(passphrase);
-    auto keyFile = std::async(std::launch::async, [&, passphraseCopy] {
-        return KeyFile::make(m_key, passphraseCopy, m_doc.vaultId, m_setup.clock);
+    // while the documents stream in, and the key file is added last. The view
+    // needs no copy: the future's destructor waits for the derivation on every
+    // return path, so the caller's (wiping) buffer outlives it.
+    auto keyFile = std::async(std::launch::async, [&, passphrase] {
+        return KeyFile::make(m_key, passphrase, m_doc.vaultId, m_setup.clock);
     });
     VaultFiles vault = files(m_key.clone());
     auto sealed = vault.sealedDocument(m_doc);

@@ -35,9 +35,10 @@ struct Outcome {
 struct Device {
     InMemoryFileSystem& files;
     InMemorySecretStore secrets;
-    FixedClock clock{std::chrono::system_clock::time_point(1'750'000'000s)};
+    FixedClock clock{
+        std::chrono::system_clock::time_point(1'795'000'000s)};  // 2026-11-18: the tests' CME was done by then
     ManualScheduler scheduler;
-    UnavailableAuthenticator authenticator;
+    ScriptedAuthenticator authenticator{AuthenticationResult::unavailable};  // as headless unless a test answers
     fs::path root;
     fs::path plainCopies;
     PassphrasePrompt prompt;  // none: as when no terminal is there

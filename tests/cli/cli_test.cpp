@@ -1,5 +1,6 @@
 #include "TestDevice.h"
 #include "cli/DesktopApp.h"
+#include "cli/SafeOutput.h"
 
 #include <algorithm>
 #include <fstream>
@@ -47,15 +48,140 @@ TEST_F(CommandLineTest, InitCreatesTheVaultAndStatusCountsIt) {
     auto again = device.run({"init", "--name", "Bo", "--degree", "RN"});
     EXPECT_EQ(again.code, 1);
     EXPECT_EQ(again.err, VaultError::vaultExists().message() + "\n");
+}
 
-    // With app lock on, headless commands unlock through the unavailable authenticator.
+TEST_F(CommandLineTest, AppLockAsksForTheLoginPasswordAndRefusesWithoutATerminal) {
+    init();
     {
         VaultStore store(device.setup());
         ASSERT_TRUE(store.start().ok());
         ASSERT_TRUE(store.setAppLock(true).ok());
     }
+    device.authenticator.reasons.clear();
     EXPECT_EQ(device.run({"status", "--json"}).json().find("phase")->asString(), "locked");
+    const auto writesBefore = files.writeCount(device.vaultFile());
+
+    // A script has no terminal to type the password on, so it gets nothing, even where PAM could not ask.
+    for (const std::vector<std::string>& args : std::vector<std::vector<std::string>>{
+             {"list", "people"}, {"add", "person", "--name", "Bo", "--degree", "RN"}, {"today"}}) {
+        auto refused = device.run(args);
+        EXPECT_EQ(refused.code, 1) << args[0];
+        EXPECT_EQ(refused.err,
+                  "App lock is on and there's no terminal to ask for your login password on, so run this command in "
+                  "a terminal.\n");
+        EXPECT_TRUE(refused.out.empty()) << refused.out;
+    }
+    EXPECT_TRUE(device.authenticator.reasons.empty());
+
+    device.prompt = [](std::string_view) { return std::optional(SecureBytes(asBytes("login password"))); };
+    device.authenticator.answer = AuthenticationResult::failed;
+    auto wrong = device.run({"list", "people"});
+    EXPECT_EQ(wrong.code, 1);
+    EXPECT_EQ(wrong.err, "Your login password wasn't accepted, so the vault stays locked.\n");
+    EXPECT_EQ(wrong.out.find("Ana Ruiz"), std::string::npos);
+    EXPECT_EQ(files.writeCount(device.vaultFile()), writesBefore);
+
+    device.authenticator.answer = AuthenticationResult::passed;
     EXPECT_NE(device.run({"list", "people"}).out.find("Ana Ruiz"), std::string::npos);
+    EXPECT_EQ(device.authenticator.reasons, (std::vector<std::string>{"Unlock Corvale", "Unlock Corvale"}));
+}
+
+TEST_F(CommandLineTest, TheEditorsRulesHoldOnTheCommandLine) {
+    init();
+    const auto writesBefore = files.writeCount(device.vaultFile());
+    const std::vector<std::pair<std::vector<std::string>, std::string>> refused = {
+        // The test device's today is 2026-11-18.
+        {{"--hours", "1", "--completed", "2026-11-19"}, "That day is still ahead. Enter the day you completed it."},
+        {{"--hours", "0", "--completed", "2026-11-18"}, "Enter the hours as a number above 0."},
+        {{"--hours", "1e9", "--completed", "2026-11-18"}, "Enter the hours as a number above 0."},
+        {{"--hours", "1.255", "--completed", "2026-11-18"}, "Use at most two decimals for the hours."},
+    };
+    for (const auto& [options, sentence] : refused) {
+        std::vector<std::string> args = {"add", "cme", "--title", "Airway"};
+        args.insert(args.end(), options.begin(), options.end());
+        auto outcome = device.run(args);
+        EXPECT_EQ(outcome.code, 2) << sentence;
+        EXPECT_NE(outcome.err.find(sentence), std::string::npos) << outcome.err;
+    }
+    EXPECT_EQ(device.run({"add", "cme", "--title", "Airway", "--hours", "1.25", "--completed", "2026-11-18"}).code, 0);
+
+    ASSERT_TRUE(files.createDirectories("/home").ok());
+    ASSERT_TRUE(files.replaceFileAtomically("/home/scan.pdf", {}).ok());
+    auto empty = device.run({"doc", "add", "/home/scan.pdf"});
+    EXPECT_EQ(empty.code, 1);
+    EXPECT_EQ(empty.err, "scan.pdf is empty, so choose the file that holds the document.\n");
+    EXPECT_EQ(count(device.counts(), "documents"), 0);
+    EXPECT_EQ(count(device.counts(), "cme"), 1);
+    EXPECT_EQ(files.writeCount(device.vaultFile()), writesBefore + 1);  // only the good activity
+}
+
+TEST_F(CommandLineTest, NewPassphrasesMeetTheAppsMinimumLength) {
+    init();
+    const std::string tooShort = "That passphrase is shorter than 8 characters, so choose a longer one.\n";
+    auto backup = device.run({"backup", "export", "--passphrase-stdin", "--out", "/home/b.pbbackup"}, "seven77\n");
+    EXPECT_EQ(backup.code, 1);
+    EXPECT_EQ(backup.err, tooShort);
+    EXPECT_FALSE(files.exists("/home/b.pbbackup"));
+    auto keyFile = device.run({"keyfile", "export", "/home/vault.key", "--passphrase-stdin"}, "seven77\n");
+    EXPECT_EQ(keyFile.code, 1);
+    EXPECT_EQ(keyFile.err, tooShort);
+    EXPECT_FALSE(files.exists("/home/vault.key"));
+    device.prompt = [](std::string_view) { return std::optional(SecureBytes(asBytes("short"))); };
+    EXPECT_EQ(device.run({"keyfile", "export", "/home/vault.key"}).err, tooShort);
+
+    // An existing passphrase is not held to it: it only has to open what it sealed.
+    ASSERT_TRUE(files.createDirectories("/home").ok());
+    ASSERT_EQ(device.run({"keyfile", "export", "/home/vault.key", "--passphrase-stdin"}, "eight888\r\n").code, 0);
+    Device other(files, "/b");
+    EXPECT_EQ(other.run({"join", "/home", "--passphrase-stdin"}, "eight88").err,
+              VaultError::wrongPassphrase().message() + "\n");
+}
+
+TEST_F(CommandLineTest, ControlCharactersInRecordsArePrintedEscaped) {
+    init();
+    const std::string hostile =
+        "Ann\x1b]0;pwned\x07 \xc2\x9b"
+        "31m Zo\xc3\xab \xe6\x9d\x8e\x7f";
+    const std::string shown = "Ann\\x1b]0;pwned\\x07 \\u009b31m Zo\xc3\xab \xe6\x9d\x8e\\u007f";
+    auto added = device.run({"add", "person", "--name", hostile, "--degree", "NP"});
+    ASSERT_EQ(added.code, 0) << added.err;
+    ASSERT_EQ(device
+                  .run({"add", "credential", "--kind", "dea", "--expires", "2026-12-01", "--person", added.line(),
+                        "--title", hostile})
+                  .code,
+              0);
+    for (const std::vector<std::string>& args : std::vector<std::vector<std::string>>{
+             {"list", "people"}, {"show", "person", added.line()}, {"list", "credentials"}, {"today"}}) {
+        auto outcome = device.run(args);
+        ASSERT_EQ(outcome.code, 0) << args[0] << outcome.err;
+        EXPECT_NE(outcome.out.find(shown), std::string::npos) << args[0] << ": " << outcome.out;
+        EXPECT_EQ(outcome.out.find('\x1b'), std::string::npos) << args[0];
+        EXPECT_EQ(outcome.out.find('\x07'), std::string::npos) << args[0];
+        EXPECT_EQ(outcome.out.find("\xc2\x9b"), std::string::npos) << args[0];
+    }
+    // JSON keeps its meaning: the escaped C1 is a JSON escape of the same character.
+    auto json = device.run({"show", "person", added.line(), "--json"});
+    EXPECT_EQ(json.json().find("name")->asString(), hostile);
+    EXPECT_EQ(json.out.find('\x1b'), std::string::npos);
+    // An id typed back at the command line is echoed in errors, escaped too.
+    EXPECT_EQ(device.run({"show", "person", "x\x1b[2J"}).err, "No person has the id x\\x1b[2J.\n");
+}
+
+TEST_F(CommandLineTest, ClearingPlainCopiesNeedsNeitherTheKeyNorTheVault) {
+    init();
+    ASSERT_TRUE(files.createDirectories("/home").ok());
+    ASSERT_TRUE(files.replaceFileAtomically("/home/card.png", asBytes("png bytes")).ok());
+    const std::string id = device.run({"doc", "add", "/home/card.png"}).line();
+    const fs::path copy = device.run({"doc", "open", id}).line();
+    ASSERT_TRUE(fs::exists(copy));
+
+    VaultStore app(device.setup());  // the app has the vault open
+    ASSERT_TRUE(app.start().ok());
+    ASSERT_EQ(device.run({"list", "documents"}).err, VaultError::inUse().message() + "\n");
+    device.secrets.failNext(100, -1);  // and the secret store answers nothing
+    auto cleared = device.run({"doc", "clear-temp"});
+    EXPECT_EQ(cleared.code, 0) << cleared.err;
+    EXPECT_FALSE(fs::exists(copy));
 }
 
 TEST_F(CommandLineTest, InvalidCredentialsAreUsageErrorsAndSaveNothing) {
@@ -184,7 +310,9 @@ TEST_F(CommandLineTest, KeyFileExportLetsASecondDeviceJoin) {
     auto noTerminal = device.run({"keyfile", "export", (folder / "vault.key").string()});
     EXPECT_EQ(noTerminal.code, 1);
     EXPECT_EQ(noTerminal.err, "A passphrase is needed, so pass it on standard input with --passphrase-stdin.\n");
-    device.prompt = [n = 0](std::string_view) mutable { return std::optional<std::string>(n++ ? "tw0" : "two"); };
+    device.prompt = [n = 0](std::string_view) mutable {
+        return std::optional(SecureBytes(asBytes(n++ ? "tw0 words" : "two words")));
+    };
     EXPECT_EQ(device.run({"keyfile", "export", (folder / "vault.key").string()}).code, 1);  // mistyped repeat
     EXPECT_FALSE(files.exists(folder / "vault.key"));
     auto exported = device.run({"keyfile", "export", (folder / "vault.key").string(), "--passphrase-stdin"},
@@ -228,3 +356,29 @@ TEST(DesktopApp, IsFoundBesideTheProgramOrInTheBuildTreeAndOnlyWhenItCanRun) {
 
 }  // namespace
 }  // namespace corvale
+
+namespace corvale::cli {
+namespace {
+
+TEST(EscapeControls, KeepsTextAndEscapesControlsEvenAcrossSeparateWrites) {
+    EXPECT_EQ(escapeControls("Zo\xc3\xab \xe6\x9d\x8e\tok\n"), "Zo\xc3\xab \xe6\x9d\x8e\tok\n");
+    EXPECT_EQ(escapeControls("\x1b[2J\r\x08\x7f"), "\\x1b[2J\\x0d\\x08\\u007f");
+    // C1 controls written as UTF-8 and as the bare bytes an 8-bit terminal obeys.
+    EXPECT_EQ(escapeControls("\xc2\x9b\xc2\x85\xc2\xa0"), "\\u009b\\u0085\xc2\xa0");
+    EXPECT_EQ(escapeControls("a\x9b"
+                             "b\xff"),
+              "a\\x9bb\\xff");
+    // A sequence cut short shows its bytes instead of swallowing what follows.
+    EXPECT_EQ(escapeControls("\xc3(\xe6\x9d"), "\\xc3(\\xe6\\x9d");
+
+    std::ostringstream target;
+    {
+        EscapingBuffer buffer(target);
+        std::ostream out(&buffer);
+        for (const char c : std::string_view("\xc2\x9b\xe6\x9d\x8e\x1b")) out << c;
+    }
+    EXPECT_EQ(target.str(), "\\u009b\xe6\x9d\x8e\\x1b");
+}
+
+}  // namespace
+}  // namespace corvale::cli

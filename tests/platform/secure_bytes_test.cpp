@@ -3,7 +3,12 @@
 #include <gtest/gtest.h>
 
 #include <array>
+#include <cstdint>
+#include <fstream>
+#include <sstream>
+#include <string>
 #include <utility>
+#include <vector>
 
 namespace corvale {
 namespace {
@@ -48,6 +53,41 @@ TEST(SecureBytes, MovingTransfersTheBufferAndEmptiesTheSource) {
     SecureBytes& alias = third;
     third = std::move(alias);
     EXPECT_EQ(asText(third.view()), "first");
+}
+
+// The VmFlags of the mapping that holds `address`, as /proc/self/smaps lists them.
+std::string mappingFlags(const void* address) {
+    const auto at = reinterpret_cast<std::uintptr_t>(address);
+    std::ifstream smaps("/proc/self/smaps");
+    std::string line;
+    bool inside = false;
+    while (std::getline(smaps, line)) {
+        std::uintptr_t start = 0, end = 0;
+        char dash = 0;
+        std::istringstream range(line);
+        if (range >> std::hex >> start >> dash >> end && dash == '-' && line.find(' ') != std::string::npos &&
+            line.find(':') > line.find(' ')) {
+            inside = start <= at && at < end;
+        } else if (inside && line.rfind("VmFlags:", 0) == 0) {
+            return line;
+        }
+    }
+    return {};
+}
+
+TEST(SecureBytes, KeysAndSecretTextLiveInPagesLeftOutOfCoreFiles) {
+    SecureBytes key(32);
+    const SecureBytes passphrase(asBytes("correct horse battery"));
+    EXPECT_EQ(passphrase.text(), "correct horse battery");
+    for (const SecureBytes* bytes : {static_cast<const SecureBytes*>(&key), &passphrase}) {
+        const std::string flags = mappingFlags(bytes->data());
+        ASSERT_FALSE(flags.empty()) << "no mapping holds the buffer";
+        EXPECT_NE(flags.find(" dd"), std::string::npos) << flags;  // MADV_DONTDUMP
+    }
+    // Many buffers at once outgrow the locked arena and still work, zeroed and wiped as ever.
+    std::vector<SecureBytes> many;
+    for (int i = 0; i < 2000; ++i) many.emplace_back(std::size_t{256});
+    EXPECT_EQ(many.back().view()[255], 0);
 }
 
 }  // namespace
