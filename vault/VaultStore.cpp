@@ -40,18 +40,27 @@ std::string_view rawValue(VaultPhase phase) {
 
 VaultStoreSetup VaultStoreSetup::standard(FileSystem& files, SecretStore& secrets, const Clock& clock,
                                           Scheduler& scheduler, DeviceAuthenticator& authenticator) {
-    return {files,        secrets, clock, scheduler, authenticator, paths::applicationSupportDirectory(),
-            Prefs::defaultFile(), paths::temporaryDirectory()};
+    return {files,
+            secrets,
+            clock,
+            scheduler,
+            authenticator,
+            paths::applicationSupportDirectory(),
+            Prefs::defaultFile(),
+            paths::temporaryDirectory()};
 }
 
 VaultStore::VaultStore(VaultStoreSetup setup)
     : m_setup(std::move(setup)), m_keychain(m_setup.secrets), m_prefs(m_setup.files, m_setup.prefsFile) {}
 
-VaultStore::~VaultStore() { (void)flush(); }
-
-std::filesystem::path VaultStore::vaultDirectory() const {
-    return m_setup.supportDirectory / kFolderName / "Vault";
+VaultStore::~VaultStore() {
+    // Quitting with a save that fails leaves the edit sealed beside the vault for the next start.
+    if (m_phase == VaultPhase::ready && !flush()) (void)keepUnsaved();
 }
+
+std::filesystem::path VaultStore::pendingPath() const { return vaultDirectory() / kPendingFileName; }
+
+std::filesystem::path VaultStore::vaultDirectory() const { return m_setup.supportDirectory / kFolderName / "Vault"; }
 
 VaultFiles VaultStore::files(SecureBytes key) const {
     return VaultFiles(m_setup.files, std::move(key), vaultDirectory(), m_setup.temporaryDirectory);
@@ -108,9 +117,28 @@ void VaultStore::runMigration() {
 Result<void, VaultError> VaultStore::openWith(SecureBytes key) {
     auto document = files(key.clone()).loadDocument();
     if (!document) return fail(document.error());
-    m_doc = std::move(document).value();
+    // What a failed save left sealed is newer than vault.pbv: from this run's
+    // lock, or from a run that quit before it could save.
+    std::optional<Bytes> unsaved = std::move(m_unsaved);
+    if (!unsaved && m_setup.files.exists(pendingPath())) {
+        if (auto read = m_setup.files.readFile(pendingPath())) unsaved = std::move(read).value();
+    }
+    std::optional<VaultDocument> newer;
+    if (unsaved) {
+        // One that no longer opens under this key (a vault joined or restored since) is stale, not newer.
+        if (auto plain = Sealer::open(*unsaved, key.view())) {
+            if (auto decoded = decodeVaultDocument(std::move(*plain))) newer = std::move(decoded).value();
+        }
+    }
+    m_doc = newer ? std::move(*newer) : std::move(document).value();
     m_key = std::move(key);
     m_phase = VaultPhase::ready;
+    if (newer) {
+        // Opening succeeds either way; a save that fails again is retried on the next edit or flush.
+        if (!save()) scheduleSave();
+    } else if (unsaved) {
+        (void)m_setup.files.removeFile(pendingPath());
+    }
     return {};
 }
 
@@ -132,7 +160,9 @@ Result<void, VaultError> VaultStore::unlock() {
 
 Result<void, VaultError> VaultStore::lock() {
     if (m_phase != VaultPhase::ready || !m_prefs.flag(Prefs::kAppLock)) return {};
-    if (auto saved = flush(); !saved) return saved;
+    if (!flush()) {
+        if (auto kept = keepUnsaved(); !kept) return kept;
+    }
     m_doc = VaultDocument{};
     m_profileUndo.clear();
     m_key = SecureBytes{};
@@ -254,15 +284,39 @@ void VaultStore::scheduleSave() {
     m_pendingSave = m_setup.scheduler.schedule(kSaveDelay, [this] {
         m_pendingSave.reset();
         // A failed background save keeps the edit in memory; the next edit or flush tries again.
-        if (!files(m_key.clone()).saveDocument(m_doc)) scheduleSave();
+        if (!save()) scheduleSave();
     });
+}
+
+Result<void, VaultError> VaultStore::save() {
+    auto saved = files(m_key.clone()).saveDocument(m_doc);
+    if (!saved) {
+        m_lastSaveError = saved.error();
+        return saved;
+    }
+    m_lastSaveError.reset();
+    m_unsaved.reset();
+    // vault.pbv now holds everything the pending file did.
+    if (m_setup.files.exists(pendingPath())) (void)m_setup.files.removeFile(pendingPath());
+    return {};
+}
+
+Result<void, VaultError> VaultStore::keepUnsaved() {
+    if (m_pendingSave) m_setup.scheduler.cancel(*m_pendingSave);
+    m_pendingSave.reset();  // its retry would need the key that is about to go
+    auto sealed = files(m_key.clone()).sealedDocument(m_doc);
+    if (!sealed) return fail(sealed.error());
+    // Best effort: the folder that refused vault.pbv may refuse this too, and memory still holds it.
+    (void)m_setup.files.replaceFileAtomically(pendingPath(), *sealed);
+    m_unsaved = std::move(sealed).value();
+    return {};
 }
 
 Result<void, VaultError> VaultStore::flush() {
     if (!m_pendingSave) return {};
     m_setup.scheduler.cancel(*m_pendingSave);
     m_pendingSave.reset();
-    auto saved = files(m_key.clone()).saveDocument(m_doc);
+    auto saved = save();
     if (!saved) scheduleSave();
     return saved;
 }
@@ -315,16 +369,17 @@ Result<void, VaultError> VaultStore::join(const std::filesystem::path& folder, s
     if (!key) return fail(key.error());
     auto sealed = m_setup.files.readFile(folder / VaultFiles::kDocumentFileName);
     if (!sealed) return storageFailure(sealed.error());
-    return install(std::move(key).value(), *sealed, [&](const std::filesystem::path& blobs) -> Result<void, VaultError> {
-        for (const auto& name : m_setup.files.list(folder / VaultFiles::kBlobsFolderName)) {
-            if (!VaultFiles::isBlobFileName(name)) continue;
-            auto blob = m_setup.files.readFile(folder / VaultFiles::kBlobsFolderName / name);
-            if (!blob) return storageFailure(blob.error());
-            if (auto written = m_setup.files.replaceFileAtomically(blobs / name, *blob); !written)
-                return storageFailure(written.error());
-        }
-        return {};
-    });
+    return install(std::move(key).value(), *sealed,
+                   [&](const std::filesystem::path& blobs) -> Result<void, VaultError> {
+                       for (const auto& name : m_setup.files.list(folder / VaultFiles::kBlobsFolderName)) {
+                           if (!VaultFiles::isBlobFileName(name)) continue;
+                           auto blob = m_setup.files.readFile(folder / VaultFiles::kBlobsFolderName / name);
+                           if (!blob) return storageFailure(blob.error());
+                           if (auto written = m_setup.files.replaceFileAtomically(blobs / name, *blob); !written)
+                               return storageFailure(written.error());
+                       }
+                       return {};
+                   });
 }
 
 Result<void, VaultError> VaultStore::install(
@@ -351,6 +406,9 @@ Result<void, VaultError> VaultStore::erase() {
     if (m_pendingSave) m_setup.scheduler.cancel(*m_pendingSave);
     m_pendingSave.reset();
     auto erased = files({}).erase(m_keychain);
+    (void)m_setup.files.removeFile(pendingPath());
+    m_unsaved.reset();
+    m_lastSaveError.reset();
     m_doc = VaultDocument{};
     m_profileUndo.clear();
     m_scopePersonId.reset();

@@ -60,6 +60,7 @@ class VaultStore {
 public:
     static constexpr std::chrono::milliseconds kSaveDelay{400};
     static constexpr std::string_view kKeyFileName = "vault.key";
+    static constexpr std::string_view kPendingFileName = "vault.pending";
 
     explicit VaultStore(VaultStoreSetup setup);
     // Quitting writes what is pending.
@@ -73,6 +74,9 @@ public:
     Prefs& prefs() { return m_prefs; }
     std::filesystem::path vaultDirectory() const;
     bool hasPendingSave() const { return m_pendingSave.has_value(); }
+    // Why the last save of this document failed; absent once a save succeeds.
+    // Survives a lock, so the lock screen can say the latest changes wait.
+    const std::optional<VaultError>& lastSaveError() const { return m_lastSaveError; }
 
     // loading → welcome (no vault or no key), locked (app lock on) or ready.
     // inUse when another process holds this vault.
@@ -82,7 +86,12 @@ public:
     Result<void, VaultError> unlockWithoutAuth();
     // From locked: asks the device owner ("Unlock Corvale"); a refusal leaves the vault locked.
     Result<void, VaultError> unlock();
-    // Only with app lock on: flushes the pending save, then forgets the document.
+    // Only with app lock on: flushes the pending save, then forgets the
+    // document and the key. A save that fails does not stop the lock: the
+    // document is kept sealed under the key, in memory and in vault.pending
+    // where the folder allows, and becomes the document again on unlock,
+    // where its save is retried. Fails only when even sealing fails, and then
+    // stays open so nothing is lost.
     Result<void, VaultError> lock();
     Result<void, VaultError> setAppLock(bool enabled);
 
@@ -140,9 +149,15 @@ private:
     // Makes a vault brought from elsewhere this device's: checks the sealed
     // document opens with the key, lets `copyBlobs` fill the blobs folder,
     // saves the key and writes the document last, then opens it.
-    Result<void, VaultError> install(SecureBytes key, const Bytes& sealedDocument,
-                                     const std::function<Result<void, VaultError>(const std::filesystem::path&)>& copyBlobs);
+    Result<void, VaultError> install(
+        SecureBytes key, const Bytes& sealedDocument,
+        const std::function<Result<void, VaultError>(const std::filesystem::path&)>& copyBlobs);
     void scheduleSave();
+    // Writes the document now and notes whether it worked.
+    Result<void, VaultError> save();
+    // Seals the unsaved document so it can outlive the key in memory.
+    Result<void, VaultError> keepUnsaved();
+    std::filesystem::path pendingPath() const;
     void runMigration();
     VaultFiles files(SecureBytes key) const;
 
@@ -154,6 +169,9 @@ private:
     SecureBytes m_key;
     std::unique_ptr<FileLock> m_lock;
     std::optional<Scheduler::TaskId> m_pendingSave;
+    std::optional<VaultError> m_lastSaveError;
+    // The document a failed save left behind, sealed under the vault key.
+    std::optional<Bytes> m_unsaved;
     std::optional<std::string> m_scopePersonId;
     std::vector<Person> m_profileUndo;
 };

@@ -2,10 +2,13 @@
 #include "platform/memory/InMemoryFileSystem.h"
 #include "platform/memory/InMemorySecretStore.h"
 #include "vault/AppIdentity.h"
+#include "vault/VaultFiles.h"
+#include "vault/VaultKeychain.h"
 #include "vault/VaultStore.h"
 
 #include <gtest/gtest.h>
 
+#include <unistd.h>
 #include <cstdlib>
 
 namespace corvale {
@@ -27,8 +30,9 @@ struct Device {
         (void)files.createDirectories(home / "tmp");
     }
     VaultStoreSetup setup() {
-        return {files, secrets, clock, scheduler, authenticator, home / "share", home / "config/Corvale/prefs.json",
-                home / "tmp"};
+        return {
+            files,       secrets, clock, scheduler, authenticator, home / "share", home / "config/Corvale/prefs.json",
+            home / "tmp"};
     }
     fs::path vaultFile() { return home / "share/Corvale/Vault/vault.pbv"; }
 };
@@ -109,6 +113,100 @@ TEST(VaultStore, ABurstOfEditsIsOneWriteAndLockingFlushesIt) {
     ASSERT_TRUE(store.unlock());
     EXPECT_EQ(store.doc().people.at(0).notes, "last words");
     EXPECT_EQ(device.authenticator.reasons.back(), "Unlock Corvale");
+}
+
+// What vault.pbv holds, read past the store with the key from the secret store.
+std::string notesOnDisk(FileSystem& files, SecretStore& secrets, const fs::path& folder) {
+    auto key = VaultKeychain(secrets).requireVaultKey();
+    if (!key) return "no key";
+    auto document = VaultFiles(files, std::move(key).value(), folder).loadDocument();
+    if (!document) return document.error().message();
+    return document->people.at(0).notes.value_or("");
+}
+
+TEST(VaultStore, ALockWhoseSaveFailsStillLocksAndSavesAfterUnlock) {
+    Device device;
+    VaultStore store(device.setup());
+    ASSERT_TRUE(store.create(nurse({})));
+    ASSERT_TRUE(store.setAppLock(true));
+    ASSERT_TRUE(store.change([](VaultDocument& doc) { doc.people[0].notes = "written on a full disk"; }));
+    device.files.failWritesAfter(0);
+
+    ASSERT_TRUE(store.lock());
+    EXPECT_EQ(store.phase(), VaultPhase::locked);
+    EXPECT_TRUE(store.doc().people.empty());
+    EXPECT_FALSE(store.hasPendingSave()) << "a retry would run without the key";
+    ASSERT_TRUE(store.lastSaveError());
+    EXPECT_EQ(store.lastSaveError()->file.code, FileError::Code::noSpace);
+    EXPECT_EQ(store.change([](VaultDocument&) {}).error().code, VaultError::Code::locked);
+    device.scheduler.advance(10s);  // nothing scheduled may touch the closed vault
+
+    // Still full at unlock: the edit is back in the document and waits for a retry.
+    ASSERT_TRUE(store.unlock());
+    EXPECT_EQ(store.doc().people.at(0).notes, "written on a full disk");
+    EXPECT_TRUE(store.hasPendingSave());
+    ASSERT_TRUE(store.lock());
+    EXPECT_TRUE(store.doc().people.empty());
+
+    device.files.clearWriteFailures();
+    ASSERT_TRUE(store.unlock());
+    EXPECT_FALSE(store.lastSaveError());
+    EXPECT_FALSE(store.hasPendingSave());
+    EXPECT_FALSE(device.files.exists(device.vaultFile().parent_path() / "vault.pending"));
+    EXPECT_EQ(notesOnDisk(device.files, device.secrets, device.vaultFile().parent_path()), "written on a full disk");
+}
+
+// Real folders: one made read-only, and one whose vault.pbv cannot be
+// replaced while the folder still takes the sealed pending file, which
+// then outlives a quit.
+TEST(VaultStore, ALockInAnUnwritableFolderLocksAndLaterSaves) {
+    char pattern[] = "/tmp/corvale-lock-XXXXXX";
+    const fs::path home = mkdtemp(pattern);
+    PosixFileSystem disk;
+    InMemorySecretStore secrets;
+    SystemClock clock;
+    ManualScheduler scheduler;
+    ScriptedAuthenticator authenticator;
+    const VaultStoreSetup setup{disk, secrets, clock, scheduler, authenticator, home, home / "prefs.json", home};
+    const fs::path folder = home / "Corvale/Vault";
+    const fs::path vaultFile = folder / "vault.pbv";
+    const auto noted = [&](VaultStore& store, const std::string& notes) {
+        return store.change([&](VaultDocument& doc) { doc.people[0].notes = notes; });
+    };
+    auto store = std::make_unique<VaultStore>(setup);
+    ASSERT_TRUE(store->create(nurse({})));
+    ASSERT_TRUE(store->setAppLock(true));
+
+    // chmod does not stop root, who runs these tests in CI containers.
+    if (::geteuid() != 0) {
+        ASSERT_TRUE(noted(*store, "read-only folder"));
+        fs::permissions(folder, fs::perms::owner_read | fs::perms::owner_exec);
+        ASSERT_TRUE(store->lock());
+        EXPECT_TRUE(store->doc().people.empty());
+        EXPECT_EQ(store->lastSaveError()->file.code, FileError::Code::permissionDenied);
+        fs::permissions(folder, fs::perms::owner_all);
+        ASSERT_TRUE(store->unlock());
+        EXPECT_FALSE(store->lastSaveError());
+        EXPECT_EQ(notesOnDisk(disk, secrets, folder), "read-only folder");
+    }
+
+    ASSERT_TRUE(noted(*store, "kept through a quit"));
+    fs::rename(vaultFile, home / "vault.aside");
+    fs::create_directories(vaultFile / "in-the-way");
+    ASSERT_TRUE(store->lock());
+    EXPECT_TRUE(store->doc().people.empty());
+    EXPECT_TRUE(fs::exists(folder / "vault.pending"));
+    store.reset();  // the app quits while the disk still refuses
+
+    fs::remove_all(vaultFile);
+    fs::rename(home / "vault.aside", vaultFile);
+    VaultStore later(setup);
+    ASSERT_TRUE(later.start());
+    ASSERT_TRUE(later.unlock());
+    EXPECT_EQ(later.doc().people.at(0).notes, "kept through a quit");
+    EXPECT_FALSE(fs::exists(folder / "vault.pending"));
+    EXPECT_FALSE(later.hasPendingSave());
+    fs::remove_all(home);
 }
 
 TEST(VaultStore, ProfileEditsUndoInTurnAndTheScopeNamesOnlyALivePerson) {
@@ -215,9 +313,14 @@ TEST(VaultStore, AnotherDeviceJoinsWithTheKeyFileAndOnlyTheRightPassphrase) {
 
     // The second device shares the disk here only to read the carried folder.
     Device second("/home/ana-laptop");
-    VaultStoreSetup onFirstDisk{first.files,          second.secrets,          second.clock,
-                                second.scheduler,     second.authenticator,    second.home / "share",
-                                second.home / "prefs.json", first.home / "tmp"};
+    VaultStoreSetup onFirstDisk{first.files,
+                                second.secrets,
+                                second.clock,
+                                second.scheduler,
+                                second.authenticator,
+                                second.home / "share",
+                                second.home / "prefs.json",
+                                first.home / "tmp"};
     VaultStore joiner(onFirstDisk);
     const auto wrong = joiner.join(carried, "battery staple");
     ASSERT_FALSE(wrong);
