@@ -19,7 +19,13 @@ VaultError VaultError::storage(FileError error) {
 std::string VaultError::message() const {
     switch (code) {
     case Code::keychain:
-        return "Keychain error " + std::to_string(status) + ".";
+        return "The keyring turned down Corvale's request (error " + std::to_string(status) +
+               "), so unlock your keyring and try again.";
+    case Code::keyringLocked:
+        return "Your keyring is locked, so unlock it and try again.";
+    case Code::noKeyring:
+        return "No keyring is running on this desktop, so sign in to a desktop session with GNOME Keyring or KWallet "
+               "and try again.";
     case Code::badFormat:
         return "This file isn't a Corvale vault.";
     case Code::wrongPassphrase:

@@ -11,7 +11,9 @@ namespace corvale {
 
 struct VaultError {
     enum class Code {
-        keychain,         // the secret store refused; see `status`
+        keychain,         // the keyring refused; see `status`
+        keyringLocked,    // the keyring stayed locked
+        noKeyring,        // no keyring answers on this desktop
         badFormat,        // not a vault or key file at all
         wrongPassphrase,  // a key file that the passphrase does not open
         keyMissing,       // no vault key on this device
@@ -28,13 +30,15 @@ struct VaultError {
     };
 
     Code code = Code::badFormat;
-    std::int32_t status = 0;  // keychain only
+    std::int32_t status = 0;  // keychain only: the keyring's own number, a detail for support
     FileError file;           // storage only
     std::string detail;       // archive only: the archive's own sentence
 
     std::string message() const;
 
     static VaultError keychain(std::int32_t status);
+    static VaultError keyringLocked() { return withCode(Code::keyringLocked); }
+    static VaultError noKeyring() { return withCode(Code::noKeyring); }
     static VaultError badFormat() { return withCode(Code::badFormat); }
     static VaultError wrongPassphrase() { return withCode(Code::wrongPassphrase); }
     static VaultError keyMissing() { return withCode(Code::keyMissing); }

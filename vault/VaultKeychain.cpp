@@ -6,12 +6,28 @@
 
 namespace corvale {
 
+namespace {
+
+VaultError keyringFailure(const SecretStoreFailure& failure) {
+    switch (failure.kind) {
+    case SecretStoreFailure::Kind::locked:
+        return VaultError::keyringLocked();
+    case SecretStoreFailure::Kind::noService:
+        return VaultError::noKeyring();
+    case SecretStoreFailure::Kind::refused:
+        break;
+    }
+    return VaultError::keychain(failure.status);
+}
+
+}  // namespace
+
 std::string VaultKeychain::service() { return std::string(kAppIdentifier) + ".vault"; }
 
 Result<std::optional<SecureBytes>, VaultError> VaultKeychain::loadVaultKey() {
     auto loaded = m_store.load(service(), std::string(kAccount));
     if (!loaded) {
-        return fail(VaultError::keychain(loaded.error().status));
+        return fail(keyringFailure(loaded.error()));
     }
     std::optional<SecureBytes> key = std::move(loaded).value();
     // An item of another length cannot be our key. Reporting it as absent
@@ -36,7 +52,7 @@ Result<SecureBytes, VaultError> VaultKeychain::requireVaultKey() {
 Result<void, VaultError> VaultKeychain::saveVaultKey(const SecureBytes& key) {
     auto saved = m_store.save(service(), std::string(kAccount), key.view());
     if (!saved) {
-        return fail(VaultError::keychain(saved.error().status));
+        return fail(keyringFailure(saved.error()));
     }
     return {};
 }
@@ -44,7 +60,7 @@ Result<void, VaultError> VaultKeychain::saveVaultKey(const SecureBytes& key) {
 Result<void, VaultError> VaultKeychain::deleteVaultKey() {
     auto removed = m_store.remove(service(), std::string(kAccount));
     if (!removed) {
-        return fail(VaultError::keychain(removed.error().status));
+        return fail(keyringFailure(removed.error()));
     }
     return {};
 }

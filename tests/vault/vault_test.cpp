@@ -139,8 +139,12 @@ TEST(VaultError, MessagesAreShownToTheUserAsWritten) {
     full.code = FileError::Code::noSpace;
     full.path = "/home/clinician/vault.pbv";
     const std::pair<VaultError, std::string> cases[] = {
-        {VaultError::keychain(-25300), "Keychain error -25300."},
-        {VaultError::keychain(7), "Keychain error 7."},
+        {VaultError::keychain(7),
+         "The keyring turned down Corvale's request (error 7), so unlock your keyring and try again."},
+        {VaultError::keyringLocked(), "Your keyring is locked, so unlock it and try again."},
+        {VaultError::noKeyring(),
+         "No keyring is running on this desktop, so sign in to a desktop session with GNOME "
+         "Keyring or KWallet and try again."},
         {VaultError::badFormat(), "This file isn't a Corvale vault."},
         {VaultError::wrongPassphrase(), "That passphrase doesn't unlock this vault."},
         {VaultError::keyMissing(), "The vault key is missing from this device."},
@@ -254,10 +258,16 @@ TEST(VaultKeychain, OneItemUnderFixedNamesLeftAloneByRefusalsAndWrongPassphrases
     EXPECT_EQ(store.itemCount(), 1u);
 
     // A refusal must not read as "no key", or the app would make a new one.
-    store.failNext(3, -25300);
-    EXPECT_EQ(messageOf(keychain.loadVaultKey()), "Keychain error -25300.");
-    EXPECT_EQ(messageOf(keychain.saveVaultKey(countingKey(3))), "Keychain error -25300.");
+    store.failNext(3, 2);
+    EXPECT_EQ(messageOf(keychain.loadVaultKey()),
+              "The keyring turned down Corvale's request (error 2), so unlock your keyring and try again.");
+    EXPECT_EQ(failedWith(keychain.saveVaultKey(countingKey(3))), Code::keychain);
     EXPECT_EQ(failedWith(keychain.deleteVaultKey()), Code::keychain);
+    // A locked keyring or none at all is said as such, never as a number.
+    store.failNext(1, 2, SecretStoreFailure::Kind::locked);
+    EXPECT_EQ(messageOf(keychain.loadVaultKey()), "Your keyring is locked, so unlock it and try again.");
+    store.failNext(1, 2, SecretStoreFailure::Kind::noService);
+    EXPECT_EQ(failedWith(keychain.requireVaultKey()), Code::noKeyring);
 
     const KeyFile keyFile = KeyFile::parse(fastKeyFile(countingKey(9))).value();
     for (const std::string& attempt :
@@ -404,7 +414,7 @@ TEST(VaultFiles, EraseRemovesEverythingEvenWhenTheKeychainRefuses) {
         if (refuse) {
             store.failNext(1, -25300);
         }
-        EXPECT_EQ(messageOf(files.erase(keychain)), refuse ? "Keychain error -25300." : "(succeeded)");
+        EXPECT_EQ(failedWith(files.erase(keychain)), refuse ? std::optional(Code::keychain) : std::nullopt);
         EXPECT_FALSE(files.hasDocument());
         EXPECT_FALSE(fileSystem.exists(kDirectory / "blobs"));
         EXPECT_FALSE(fs::exists(files.plainCopiesDirectory()));
