@@ -17,7 +17,7 @@ VaultError keyringFailure(const SecretStoreFailure& failure) {
     case SecretStoreFailure::Kind::refused:
         break;
     }
-    return VaultError::keychain(failure.status);
+    return VaultError::keyringRefused(failure.status);
 }
 
 }  // namespace

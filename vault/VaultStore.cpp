@@ -58,6 +58,8 @@ VaultStore::~VaultStore() {
     if (m_phase == VaultPhase::ready && !flush()) (void)keepUnsaved();
 }
 
+bool VaultStore::hasVaultFile() const { return files({}).hasDocument(); }
+
 std::filesystem::path VaultStore::pendingPath() const { return vaultDirectory() / kPendingFileName; }
 
 std::filesystem::path VaultStore::vaultDirectory() const { return m_setup.supportDirectory / kFolderName / "Vault"; }
@@ -153,8 +155,15 @@ Result<void, VaultError> VaultStore::unlockWithoutAuth() {
 Result<void, VaultError> VaultStore::unlock() {
     if (m_phase == VaultPhase::ready) return {};
     if (m_phase != VaultPhase::locked) return fail(VaultError::noVault());
-    if (m_setup.authenticator.authenticate("Unlock Corvale") == AuthenticationResult::failed)
-        return fail(VaultError::locked());
+    switch (m_setup.authenticator.authenticate("Unlock Corvale")) {
+    case AuthenticationResult::failed:
+        return fail(VaultError::wrongPassword());
+    case AuthenticationResult::cancelled:
+        return fail(VaultError::cancelled());
+    case AuthenticationResult::passed:
+    case AuthenticationResult::unavailable:
+        break;
+    }
     return unlockWithoutAuth();
 }
 
@@ -173,7 +182,7 @@ Result<void, VaultError> VaultStore::lock() {
 Result<void, VaultError> VaultStore::setAppLock(bool enabled) {
     if (m_prefs.flag(Prefs::kAppLock) == enabled) return {};
     const std::string reason = enabled ? "Turn on app lock" : "Turn off app lock";
-    if (m_setup.authenticator.authenticate(reason) == AuthenticationResult::failed) return fail(VaultError::locked());
+    if (!admits(m_setup.authenticator.authenticate(reason))) return fail(VaultError::locked());
     return m_prefs.setFlag(Prefs::kAppLock, enabled);
 }
 
@@ -242,9 +251,7 @@ Result<void, VaultError> VaultStore::change(const std::function<void(VaultDocume
     return {};
 }
 
-bool VaultStore::authenticate(const std::string& reason) {
-    return m_setup.authenticator.authenticate(reason) != AuthenticationResult::failed;
-}
+bool VaultStore::authenticate(const std::string& reason) { return admits(m_setup.authenticator.authenticate(reason)); }
 
 void VaultStore::setScopePersonId(std::optional<std::string> personId) {
     const bool live = personId && std::any_of(m_doc.people.begin(), m_doc.people.end(), [&](const Person& person) {

@@ -73,6 +73,8 @@ public:
     const VaultDocument& doc() const { return m_doc; }
     Prefs& prefs() { return m_prefs; }
     std::filesystem::path vaultDirectory() const;
+    // Whether vault.pbv is here, opened or not (its key may be missing).
+    bool hasVaultFile() const;
     bool hasPendingSave() const { return m_pendingSave.has_value(); }
     // Why the last save of this document failed; absent once a save succeeds.
     // Survives a lock, so the lock screen can say the latest changes wait.
@@ -84,7 +86,8 @@ public:
     // From welcome: a fresh key in the secret store and a new document, saved at once.
     Result<std::string, VaultError> create(Onboarding onboarding);
     Result<void, VaultError> unlockWithoutAuth();
-    // From locked: asks the device owner ("Unlock Corvale"); a refusal leaves the vault locked.
+    // From locked: asks the device owner ("Unlock Corvale"); a wrong password
+    // (wrongPassword) or a closed prompt (cancelled) leaves the vault locked.
     Result<void, VaultError> unlock();
     // Only with app lock on: flushes the pending save, then forgets the
     // document and the key. A save that fails does not stop the lock: the

@@ -106,8 +106,12 @@ TEST(VaultStore, ABurstOfEditsIsOneWriteAndLockingFlushesIt) {
     EXPECT_TRUE(store.doc().people.empty());
 
     device.authenticator.answer = AuthenticationResult::failed;
-    EXPECT_FALSE(store.unlock());
+    EXPECT_EQ(store.unlock().error().code, VaultError::Code::wrongPassword);
     EXPECT_EQ(store.phase(), VaultPhase::locked);
+    device.authenticator.answer = AuthenticationResult::cancelled;
+    EXPECT_EQ(store.unlock().error().code, VaultError::Code::cancelled);
+    EXPECT_EQ(store.phase(), VaultPhase::locked);
+    EXPECT_FALSE(store.authenticate("Show your date of birth"));
     // A device that cannot ask at all must never shut its owner out.
     device.authenticator.answer = AuthenticationResult::unavailable;
     ASSERT_TRUE(store.unlock());
