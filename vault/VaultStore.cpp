@@ -170,7 +170,10 @@ Result<void, VaultError> VaultStore::unlock() {
 Result<void, VaultError> VaultStore::lock() {
     if (m_phase != VaultPhase::ready || !m_prefs.flag(Prefs::kAppLock)) return {};
     if (!flush()) {
-        if (auto kept = keepUnsaved(); !kept) return kept;
+        if (auto kept = keepUnsaved(); !kept) {
+            scheduleSave();  // still open, so keep trying as any failed save does
+            return kept;
+        }
     }
     m_doc = VaultDocument{};
     m_profileUndo.clear();

@@ -114,28 +114,36 @@ SecretStoreFailure LibsecretSecretStore::classify(const GError* error) {
     return {status, SecretStoreFailure::Kind::refused};
 }
 
-namespace {}  // namespace
+namespace {
+
+// Without a service object nothing on the bus answered at all, whatever the error says.
+Result<Service, SecretStoreFailure> connect(GCancellable* cancellable) {
+    GError* rawError = nullptr;
+    Service secrets(secret_service_get_sync(SECRET_SERVICE_OPEN_SESSION, cancellable, &rawError));
+    const Error error(rawError);
+    if (secrets) return secrets;
+    SecretStoreFailure failure = LibsecretSecretStore::classify(error.get());
+    if (failure.kind == SecretStoreFailure::Kind::refused) failure.kind = SecretStoreFailure::Kind::noService;
+    return fail(failure);
+}
+
+}  // namespace
 
 Result<std::optional<SecureBytes>, SecretStoreFailure> LibsecretSecretStore::load(const std::string& service,
                                                                                   const std::string& account) {
     const Cancellable cancellable(g_cancellable_new());
     const Deadline deadline(cancellable.get(), m_promptTimeout);
+    auto secrets = connect(cancellable.get());
+    if (!secrets) return fail(secrets.error());
     GError* rawError = nullptr;
-    const Service secrets(secret_service_get_sync(SECRET_SERVICE_OPEN_SESSION, cancellable.get(), &rawError));
-    Error error(rawError);
-    if (!secrets) {
-        SecretStoreFailure failure = classify(error.get());
-        // Without a service object nothing on the bus answered at all.
-        if (failure.kind == SecretStoreFailure::Kind::refused) failure.kind = SecretStoreFailure::Kind::noService;
-        return fail(failure);
-    }
+    Error error;
     const Attributes attributes = attributesFor(service, account);
     // A locked item is unlocked through the keyring's own prompt, as any desktop app asks.
     const auto flags =
         static_cast<SecretSearchFlags>(SECRET_SEARCH_ALL | SECRET_SEARCH_UNLOCK | SECRET_SEARCH_LOAD_SECRETS);
     rawError = nullptr;
     const ItemList items(
-        secret_service_search_sync(secrets.get(), &schema(), attributes.get(), flags, cancellable.get(), &rawError));
+        secret_service_search_sync(secrets->get(), &schema(), attributes.get(), flags, cancellable.get(), &rawError));
     error.reset(rawError);
     if (error) return fail(classify(error.get()));
     if (!items) return std::optional<SecureBytes>();
@@ -165,6 +173,7 @@ Result<void, SecretStoreFailure> LibsecretSecretStore::save(const std::string& s
     const std::string label = "Corvale: " + service;
     const Cancellable cancellable(g_cancellable_new());
     const Deadline deadline(cancellable.get(), m_promptTimeout);
+    if (auto secrets = connect(cancellable.get()); !secrets) return fail(secrets.error());
     GError* rawError = nullptr;
     const gboolean stored =
         secret_password_storev_binary_sync(&schema(), attributes.get(), SECRET_COLLECTION_DEFAULT, label.c_str(),
@@ -180,6 +189,7 @@ Result<void, SecretStoreFailure> LibsecretSecretStore::remove(const std::string&
     const Attributes attributes = attributesFor(service, account);
     const Cancellable cancellable(g_cancellable_new());
     const Deadline deadline(cancellable.get(), m_promptTimeout);
+    if (auto secrets = connect(cancellable.get()); !secrets) return fail(secrets.error());
     GError* rawError = nullptr;
     secret_password_clearv_sync(&schema(), attributes.get(), cancellable.get(), &rawError);
     const Error error(rawError);

@@ -10,6 +10,7 @@
 #include <unistd.h>
 
 #include <chrono>
+#include <cstdlib>
 #include <string>
 #include <vector>
 
@@ -125,6 +126,18 @@ TEST(LibsecretSecretStore, ALockedKeyringIsReportedLockedNotEmpty) {
     const auto saved = store.save(kService, "another", asBytes("x"));
     ASSERT_FALSE(saved.ok());
     EXPECT_EQ(saved.error().kind, SecretStoreFailure::Kind::locked);
+}
+
+// Run on its own by platform.libsecret.none, with a session bus address that leads nowhere.
+TEST(LibsecretSecretStore, WithNothingOnTheBusItSaysThereIsNoKeyring) {
+    if (!std::getenv("CORVALE_NO_SECRET_SERVICE")) GTEST_SKIP() << "needs a session bus with no Secret Service";
+    LibsecretSecretStore store(std::chrono::seconds(5));
+    const auto loaded = store.load(kService, "anyone");
+    ASSERT_FALSE(loaded.ok());
+    EXPECT_EQ(loaded.error().kind, SecretStoreFailure::Kind::noService);
+    const auto saved = store.save(kService, "anyone", asBytes("x"));
+    ASSERT_FALSE(saved.ok());
+    EXPECT_EQ(saved.error().kind, SecretStoreFailure::Kind::noService);
 }
 
 TEST(LibsecretSecretStore, ErrorsAreToldByWhatTheyMeanToTheUser) {
