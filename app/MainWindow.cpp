@@ -136,6 +136,7 @@ MainWindow::MainWindow(const VaultStoreSetup& setup, const Requirements& require
     connect(m_lock, &LockPage::unlockRequested, this, &MainWindow::unlock);
     connect(m_problem, &StartProblemPage::retryRequested, this, &MainWindow::retryStart);
     connect(m_problem, &StartProblemPage::restoreRequested, this, &MainWindow::restoreInsteadOfUnreadable);
+    connect(m_problem, &StartProblemPage::joinRequested, this, &MainWindow::joinInsteadOfUnreadable);
     connect(m_problem, &StartProblemPage::eraseRequested, this, &MainWindow::eraseUnreadable);
 
     m_idleTimer = new QTimer(this);
@@ -197,6 +198,12 @@ void MainWindow::retryStart() {
 void MainWindow::restoreInsteadOfUnreadable() {
     m_replacingUnreadable = true;
     m_onboarding->showWay(OnboardingPage::Way::restore);
+    m_pages->setCurrentWidget(m_onboarding);
+}
+
+void MainWindow::joinInsteadOfUnreadable() {
+    m_replacingUnreadable = true;
+    m_onboarding->showWay(OnboardingPage::Way::join);
     m_pages->setCurrentWidget(m_onboarding);
 }
 
@@ -410,12 +417,22 @@ void MainWindow::create() {
 void MainWindow::join(const QString& folder, const QString& passphrase) {
     const std::filesystem::path path = folder.toStdString();
     const std::string secret = passphrase.toStdString();
+    const bool replacing = m_replacingUnreadable && m_store->phase() == VaultPhase::loading;
     const auto joined =
-        LongTask::run(this, tr("Joining the vault…"), [this, path, secret] { return m_store->join(path, secret); });
+        LongTask::run(this, tr("Joining the vault…"), [this, path, secret, replacing]() -> Result<void, VaultError> {
+            if (replacing) {
+                // The unreadable vault goes only for one proven to open.
+                if (auto checked = m_store->checkJoin(path, secret); !checked) return checked;
+                if (auto erased = m_store->erase(); !erased) return erased;
+            }
+            return m_store->join(path, secret);
+        });
     if (!joined) {
         m_onboarding->showError(message(joined.error()));
         return;
     }
+    m_startFailed = false;
+    m_replacingUnreadable = false;
     notify(tr("Joined. This device now holds the vault."));
     refresh();
 }

@@ -89,6 +89,7 @@ private:
     void showStartProblem(const VaultError& error);
     void retryStart();
     void restoreInsteadOfUnreadable();
+    void joinInsteadOfUnreadable();
     void eraseUnreadable();
     void reloadScreens();
     void fillPersonSwitcher(const std::vector<std::pair<QString, QString>>& entries);

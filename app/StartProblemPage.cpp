@@ -28,10 +28,13 @@ StartProblemPage::StartProblemPage(QWidget* parent) : QWidget(parent) {
     m_retry->setDefault(true);
     m_restore = new QPushButton(tr("Restore a backup…"), card);
     m_restore->setToolTip(tr("Replace the unreadable vault with a backup, once the backup is checked"));
+    m_join = new QPushButton(tr("Join from another device…"), card);
+    m_join->setToolTip(tr("Replace the unreadable vault with another device's, once its key file opens it"));
     m_erase = new QPushButton(tr("Erase this vault…"), card);
     m_erase->setToolTip(tr("Remove the unreadable vault and start over"));
     connect(m_retry, &QPushButton::clicked, this, &StartProblemPage::retryRequested);
     connect(m_restore, &QPushButton::clicked, this, &StartProblemPage::restoreRequested);
+    connect(m_join, &QPushButton::clicked, this, &StartProblemPage::joinRequested);
     connect(m_erase, &QPushButton::clicked, this, &StartProblemPage::confirmErase);
 
     auto* cardLayout = new QVBoxLayout(card);
@@ -41,6 +44,7 @@ StartProblemPage::StartProblemPage(QWidget* parent) : QWidget(parent) {
     cardLayout->addWidget(m_message);
     cardLayout->addWidget(m_retry, 0, Qt::AlignHCenter);
     cardLayout->addWidget(m_restore, 0, Qt::AlignHCenter);
+    cardLayout->addWidget(m_join, 0, Qt::AlignHCenter);
     cardLayout->addWidget(m_erase, 0, Qt::AlignHCenter);
 
     auto* layout = new QVBoxLayout(this);
@@ -52,6 +56,7 @@ StartProblemPage::StartProblemPage(QWidget* parent) : QWidget(parent) {
 void StartProblemPage::showProblem(const QString& message, bool unreadable) {
     m_message->setText(message);
     m_restore->setVisible(unreadable);
+    m_join->setVisible(unreadable);
     m_erase->setVisible(unreadable);
     m_retry->setFocus();
 }

@@ -1,8 +1,8 @@
 #pragma once
 // Shown when the vault could not be opened at start: the reason as a sentence
 // and the ways on that fit it. Trying again is always offered; restoring a
-// backup and erasing only for a vault file that cannot be read, erasing last
-// and behind a confirmation.
+// backup, joining from another device and erasing only for a vault file that
+// cannot be read, erasing last and behind a confirmation.
 
 #include <QWidget>
 
@@ -22,11 +22,13 @@ public:
     QString message() const;
     QPushButton* retryButton() const { return m_retry; }
     QPushButton* restoreButton() const { return m_restore; }
+    QPushButton* joinButton() const { return m_join; }
     QPushButton* eraseButton() const { return m_erase; }
 
 signals:
     void retryRequested();
     void restoreRequested();
+    void joinRequested();
     // Emitted only once the user has confirmed.
     void eraseRequested();
 
@@ -36,6 +38,7 @@ private:
     QLabel* m_message = nullptr;
     QPushButton* m_retry = nullptr;
     QPushButton* m_restore = nullptr;
+    QPushButton* m_join = nullptr;
     QPushButton* m_erase = nullptr;
 };
 

@@ -392,6 +392,21 @@ Result<void, VaultError> VaultStore::join(const std::filesystem::path& folder, s
                    });
 }
 
+Result<void, VaultError> VaultStore::checkJoin(const std::filesystem::path& folder, std::string_view passphrase) const {
+    auto keyText = m_setup.files.readFile(folder / kKeyFileName);
+    if (!keyText) return storageFailure(keyText.error());
+    auto keyFile = KeyFile::parse(asText(*keyText));
+    if (!keyFile) return fail(keyFile.error());
+    auto key = keyFile->open(passphrase);
+    if (!key) return fail(key.error());
+    auto sealed = m_setup.files.readFile(folder / VaultFiles::kDocumentFileName);
+    if (!sealed) return storageFailure(sealed.error());
+    auto plain = Sealer::open(*sealed, key->view());
+    if (!plain) return fail(plain.error());
+    if (!decodeVaultDocument(std::move(*plain))) return fail(VaultError::badFormat());
+    return {};
+}
+
 Result<void, VaultError> VaultStore::install(
     SecureBytes key, const Bytes& sealedDocument,
     const std::function<Result<void, VaultError>(const std::filesystem::path&)>& copyBlobs) {

@@ -129,6 +129,10 @@ public:
     // From welcome: `folder` holds vault.pbv, vault.key and perhaps blobs/.
     // A wrong passphrase changes nothing.
     Result<void, VaultError> join(const std::filesystem::path& folder, std::string_view passphrase);
+    // Whether join would open that folder's vault: the passphrase opens the key
+    // file, and the document opens under the key. Reads only, so it can vet a
+    // folder before an unreadable vault is erased for it.
+    Result<void, VaultError> checkJoin(const std::filesystem::path& folder, std::string_view passphrase) const;
 
     // A passphrase-protected archive of the key file, the sealed document and the
     // sealed blobs of every live document, written atomically. By default

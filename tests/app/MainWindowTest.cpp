@@ -312,11 +312,15 @@ private slots:
         Device device;
         QTemporaryDir disk;
         const std::filesystem::path backup = disk.filePath(QStringLiteral("Corvale Backup.pbbackup")).toStdString();
+        QVERIFY(device.files.createDirectories("/sync/Corvale").ok());
         {
             VaultStore store(device.setup());
             testing::fillSampleVault(store);
             QVERIFY(store.exportBackup("backup passphrase", backup).ok());
+            // What another device would bring to join with.
+            QVERIFY(store.exportKeyFile("/sync/Corvale/vault.key", "correct horse battery").ok());
         }
+        copyAcross(device, device, "/support/Corvale/Vault/vault.pbv", "/sync/Corvale/vault.pbv");
         const auto opened = [&](MainWindow& window) { return window.pageName() == QStringLiteral("today"); };
         StartProblemPage* problem = nullptr;
 
@@ -347,10 +351,30 @@ private slots:
             QTest::mouseClick(window.startProblemPage()->retryButton(), Qt::LeftButton);
             QVERIFY(opened(window));
         }
-        // A damaged vault file: a restore replaces it, but only with a backup that opens.
+        // A damaged vault file: joining replaces it, but only with a vault its key file opens...
         const std::filesystem::path vaultFile = "/support/Corvale/Vault/vault.pbv";
         Bytes damaged = device.files.readFile(vaultFile).value();
         damaged[damaged.size() / 2] ^= 0x5a;
+        QVERIFY(device.files.replaceFileAtomically(vaultFile, damaged).ok());
+        {
+            MainWindow window(device.setup(), rules());
+            window.show();
+            window.start();
+            QCOMPARE(window.pageName(), QStringLiteral("problem"));
+            QTest::mouseClick(window.startProblemPage()->joinButton(), Qt::LeftButton);
+            OnboardingPage& page = *window.onboardingPage();
+            QCOMPARE(window.pageName(), QStringLiteral("onboarding"));
+            QCOMPARE(page.way(), OnboardingPage::Way::join);
+            fillIn(page, QStringLiteral("Vault folder"), QStringLiteral("/sync/Corvale"));
+            fillIn(page, QStringLiteral("Passphrase"), QStringLiteral("wrong passphrase"));
+            QTest::mouseClick(testing::button(page, QStringLiteral("Join vault")), Qt::LeftButton);
+            QCOMPARE(errorText(page), QStringLiteral("That passphrase doesn't unlock this vault."));
+            QCOMPARE(device.files.readFile(vaultFile).value(), damaged);
+            fillIn(page, QStringLiteral("Passphrase"), QStringLiteral("correct horse battery"));
+            QTest::mouseClick(testing::button(page, QStringLiteral("Join vault")), Qt::LeftButton);
+            QVERIFY(opened(window));
+        }
+        // ...and so does a restore, with a backup that opens.
         QVERIFY(device.files.replaceFileAtomically(vaultFile, damaged).ok());
         {
             MainWindow window(device.setup(), rules());

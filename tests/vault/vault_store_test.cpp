@@ -326,6 +326,21 @@ TEST(VaultStore, AnotherDeviceJoinsWithTheKeyFileAndOnlyTheRightPassphrase) {
                                 second.home / "prefs.json",
                                 first.home / "tmp"};
     VaultStore joiner(onFirstDisk);
+    // Vetting reads only: a wrong passphrase or a folder whose vault the key does not open is said, and nothing is
+    // written.
+    const auto writes = first.files.writeCount();
+    EXPECT_EQ(joiner.checkJoin(carried, "battery staple").error().code, VaultError::Code::wrongPassphrase);
+    EXPECT_TRUE(joiner.checkJoin(carried, "correct horse"));
+    Bytes altered = first.files.readFile(carried / "vault.pbv").value();
+    altered.back() ^= 1;
+    ASSERT_TRUE(first.files.createDirectories("/altered"));
+    ASSERT_TRUE(
+        first.files.replaceFileAtomically("/altered/vault.key", first.files.readFile(carried / "vault.key").value()));
+    ASSERT_TRUE(first.files.replaceFileAtomically("/altered/vault.pbv", altered));
+    EXPECT_EQ(joiner.checkJoin("/altered", "correct horse").error().code, VaultError::Code::damaged);
+    EXPECT_EQ(first.files.writeCount(), writes + 2);
+    EXPECT_EQ(second.secrets.itemCount(), 0u);
+
     const auto wrong = joiner.join(carried, "battery staple");
     ASSERT_FALSE(wrong);
     EXPECT_EQ(wrong.error().message(), "That passphrase doesn't unlock this vault.");
