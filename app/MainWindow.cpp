@@ -11,6 +11,7 @@
 #include "app/SecretField.h"
 #include "app/SessionWatcher.h"
 #include "app/SettingsPage.h"
+#include "app/StartProblemPage.h"
 #include "app/Theme.h"
 #include "app/TodayPage.h"
 #include "app/WheelGuard.h"
@@ -70,9 +71,11 @@ MainWindow::MainWindow(const VaultStoreSetup& setup, const Requirements& require
     m_pages->addWidget(m_opening);
     m_onboarding = new OnboardingPage(m_pages);
     m_lock = new LockPage(m_pages);
+    m_problem = new StartProblemPage(m_pages);
     m_shell = new QWidget(m_pages);
     m_pages->addWidget(m_onboarding);
     m_pages->addWidget(m_lock);
+    m_pages->addWidget(m_problem);
     m_pages->addWidget(m_shell);
 
     auto* side = new QWidget(m_shell);
@@ -136,6 +139,10 @@ MainWindow::MainWindow(const VaultStoreSetup& setup, const Requirements& require
     connect(m_onboarding, &OnboardingPage::joinRequested, this, &MainWindow::join);
     connect(m_onboarding, &OnboardingPage::restoreRequested, this, &MainWindow::restore);
     connect(m_lock, &LockPage::unlockRequested, this, &MainWindow::unlock);
+    connect(m_problem, &StartProblemPage::retryRequested, this, &MainWindow::retryStart);
+    connect(m_problem, &StartProblemPage::restoreRequested, this, &MainWindow::restoreInsteadOfUnreadable);
+    connect(m_problem, &StartProblemPage::joinRequested, this, &MainWindow::joinInsteadOfUnreadable);
+    connect(m_problem, &StartProblemPage::eraseRequested, this, &MainWindow::eraseUnreadable);
 
     m_idleTimer = new QTimer(this);
     m_idleTimer->setSingleShot(true);
@@ -175,7 +182,48 @@ void MainWindow::addScreen(const QString& name, const QString& title, QWidget* p
 
 void MainWindow::start() {
     const auto started = LongTask::run(this, tr("Opening your vault…"), [this] { return m_store->start(); });
-    if (!started) m_lock->showError(message(started.error()));
+    if (!started) {
+        showStartProblem(started.error());
+        return;
+    }
+    m_startFailed = false;
+    refresh();
+}
+
+void MainWindow::showStartProblem(const VaultError& error) {
+    using Code = VaultError::Code;
+    // Only a vault file that cannot be read is worth replacing; a keyring or a
+    // disk that failed once may well work on the next try.
+    const bool unreadable = error.code == Code::damaged || error.code == Code::badFormat;
+    m_startFailed = true;
+    m_problem->showProblem(message(error), unreadable);
+    m_pages->setCurrentWidget(m_problem);
+}
+
+void MainWindow::retryStart() {
+    m_pages->setCurrentWidget(m_opening);
+    start();
+}
+
+void MainWindow::restoreInsteadOfUnreadable() {
+    m_replacingUnreadable = true;
+    m_onboarding->showWay(OnboardingPage::Way::restore);
+    m_pages->setCurrentWidget(m_onboarding);
+}
+
+void MainWindow::joinInsteadOfUnreadable() {
+    m_replacingUnreadable = true;
+    m_onboarding->showWay(OnboardingPage::Way::join);
+    m_pages->setCurrentWidget(m_onboarding);
+}
+
+void MainWindow::eraseUnreadable() {
+    if (auto erased = m_store->erase(); !erased) {
+        m_problem->showProblem(message(erased.error()), true);
+        return;
+    }
+    m_startFailed = false;
+    m_replacingUnreadable = false;
     refresh();
 }
 
@@ -183,9 +231,11 @@ QString MainWindow::pageName() const {
     if (m_pages->currentWidget() == m_onboarding) return QStringLiteral("onboarding");
     if (m_pages->currentWidget() == m_lock) return QStringLiteral("lock");
     if (m_pages->currentWidget() == m_opening) return QStringLiteral("opening");
+    if (m_pages->currentWidget() == m_problem) return QStringLiteral("problem");
     const int row = m_screens->currentIndex();
-    return row >= 0 && static_cast<std::size_t>(row) < m_screenNames.size() ? m_screenNames[static_cast<std::size_t>(row)]
-                                                                           : QString();
+    return row >= 0 && static_cast<std::size_t>(row) < m_screenNames.size()
+               ? m_screenNames[static_cast<std::size_t>(row)]
+               : QString();
 }
 
 void MainWindow::showScreen(const QString& name) {
@@ -198,15 +248,33 @@ QString MainWindow::statusText() const { return m_status->isVisible() ? m_status
 void MainWindow::refresh() {
     switch (m_store->phase()) {
     case VaultPhase::loading:
-        m_pages->setCurrentWidget(m_opening);
+        // A restore chosen from the problem page keeps its form in view.
+        if (m_pages->currentWidget() != m_onboarding)
+            m_pages->setCurrentWidget(m_startFailed ? static_cast<QWidget*>(m_problem) : m_opening);
         return;
     case VaultPhase::welcome:
         m_pages->setCurrentWidget(m_onboarding);
+        if (m_store->hasVaultFile()) {
+            // Its key is gone: a new vault would strand it, so only joining or restoring is offered.
+            m_onboarding->setCreateOffered(false);
+            if (m_onboarding->way() == OnboardingPage::Way::create) m_onboarding->showWay(OnboardingPage::Way::join);
+            m_onboarding->showNotice(
+                message(VaultError::keyMissing()) + QLatin1Char(' ') +
+                tr("Join with the key file from your other device, or restore a backup, to open the vault that is "
+                   "here."));
+        } else {
+            m_onboarding->setCreateOffered(true);
+            m_onboarding->showNotice(QString());
+        }
         reloadScreens();  // with the document empty, no record stays on a screen
         armIdleLock();
         return;
     case VaultPhase::locked:
         m_pages->setCurrentWidget(m_lock);
+        m_lock->showNotice(m_store->lastSaveError()
+                               ? tr("Your latest changes couldn't be saved to disk, so Corvale keeps them sealed and "
+                                    "saves them again when you unlock.")
+                               : QString());
         m_lock->unlockButton()->setFocus();
         reloadScreens();
         armIdleLock();
@@ -238,7 +306,8 @@ void MainWindow::reloadScreens() {
     if (m_context->isOffice()) {
         entries.emplace_back(QString(), tr("Everyone · %1").arg(everyone.score.value));
         for (const auto& person : everyone.people)
-            entries.emplace_back(text(person.personId), text(person.name) + QStringLiteral(" · %1").arg(person.score.value));
+            entries.emplace_back(text(person.personId),
+                                 text(person.name) + QStringLiteral(" · %1").arg(person.score.value));
     }
     fillPersonSwitcher(entries);
     for (Screen* screen : m_screenList) screen->reload();
@@ -346,7 +415,17 @@ bool MainWindow::eventFilter(QObject* watched, QEvent* event) {
 }
 
 bool MainWindow::lockIfEnabled() {
-    if (LongTask::isBusy()) return false;  // the worker still holds the store
+    if (LongTask::isBusy()) {
+        // The worker still holds the store; the lock waits for it, once however often it is asked.
+        if (!m_lockDeferred) {
+            m_lockDeferred = true;
+            LongTask::whenIdle(this, [this] {
+                m_lockDeferred = false;
+                lockIfEnabled();
+            });
+        }
+        return false;
+    }
     if (!m_store->prefs().flag(Prefs::kAppLock) || m_store->phase() != VaultPhase::ready) return false;
     // A lock cannot wait for an answer: edits that validate are saved (and written by the lock), the rest dropped.
     for (Screen* screen : m_screenList) m_draftDropped = screen->settleBeforeLock() || m_draftDropped;
@@ -379,12 +458,22 @@ void MainWindow::create() {
 void MainWindow::join(const QString& folder, const QString& passphrase) {
     const std::filesystem::path path = folder.toStdString();
     const SecureBytes secret = secretOf(passphrase);
-    const auto joined = LongTask::run(this, tr("Joining the vault…"),
-                                      [this, path, &secret] { return m_store->join(path, secret.text()); });
+    const bool replacing = m_replacingUnreadable && m_store->phase() == VaultPhase::loading;
+    const auto joined =
+        LongTask::run(this, tr("Joining the vault…"), [this, path, &secret, replacing]() -> Result<void, VaultError> {
+            if (replacing) {
+                // The unreadable vault goes only for one proven to open.
+                if (auto checked = m_store->checkJoin(path, secret.text()); !checked) return checked;
+                if (auto erased = m_store->erase(); !erased) return erased;
+            }
+            return m_store->join(path, secret.text());
+        });
     if (!joined) {
         m_onboarding->showError(message(joined.error()));
         return;
     }
+    m_startFailed = false;
+    m_replacingUnreadable = false;
     notify(tr("Joined. This device now holds the vault."));
     refresh();
 }
@@ -392,19 +481,31 @@ void MainWindow::join(const QString& folder, const QString& passphrase) {
 void MainWindow::restore(const QString& archive, const QString& passphrase) {
     const std::filesystem::path path = archive.toStdString();
     const SecureBytes secret = secretOf(passphrase);
-    const auto restored = LongTask::run(this, tr("Restoring the backup…"),
-                                        [this, path, &secret] { return m_store->restoreBackup(path, secret.text()); });
+    const bool replacing = m_replacingUnreadable && m_store->phase() == VaultPhase::loading;
+    const auto restored =
+        LongTask::run(this, tr("Restoring the backup…"), [this, path, &secret, replacing]() -> Result<void, VaultError> {
+            if (replacing) {
+                // The unreadable vault goes only for a backup proven to open.
+                if (auto checked = m_store->checkBackup(path, secret.text()); !checked) return checked;
+                if (auto erased = m_store->erase(); !erased) return erased;
+            }
+            return m_store->restoreBackup(path, secret.text());
+        });
     if (!restored) {
         m_onboarding->showError(message(restored.error()));
         return;
     }
+    m_startFailed = false;
+    m_replacingUnreadable = false;
     notify(tr("Restored from the backup."));
     refresh();
 }
 
 void MainWindow::unlock() {
     if (auto unlocked = m_store->unlock(); !unlocked) {
-        m_lock->showError(message(unlocked.error()));
+        // Closing the password prompt is a choice, not a problem to report.
+        const bool cancelled = unlocked.error().code == VaultError::Code::cancelled;
+        m_lock->showError(cancelled ? QString() : message(unlocked.error()));
         return;
     }
     m_lock->showError(QString());

@@ -21,6 +21,7 @@ namespace corvale {
 class Clock;
 class Requirements;
 class VaultStore;
+struct VaultError;
 struct VaultStoreSetup;
 }  // namespace corvale
 
@@ -35,6 +36,7 @@ class ProfilePage;
 class Screen;
 class SessionWatcher;
 class SettingsPage;
+class StartProblemPage;
 class TodayPage;
 
 class MainWindow : public QWidget {
@@ -52,16 +54,19 @@ public:
     void start();
     // Shows the page the phase calls for and recomputes what every screen shows.
     void refresh();
-    // "opening", "onboarding", "lock", or the screen in view: "today", "licenses", "cme", "profile", "settings".
+    // "opening", "problem", "onboarding", "lock", or the screen in view: "today", "licenses", "cme", "profile",
+    // "settings".
     QString pageName() const;
     void showScreen(const QString& name);
-    // With app lock on: saves what is pending, empties the document and shows the lock screen.
+    // With app lock on: saves what is pending, empties the document and shows
+    // the lock screen. Asked for while a long task runs, it happens when the task ends.
     bool lockIfEnabled();
     // How long without input before app lock closes the vault; zero when it never does.
     std::chrono::milliseconds idleLockDelay() const;
 
     OnboardingPage* onboardingPage() const { return m_onboarding; }
     LockPage* lockPage() const { return m_lock; }
+    StartProblemPage* startProblemPage() const { return m_problem; }
     TodayPage* todayPage() const { return m_today; }
     LicensesPage* licensesPage() const { return m_licenses; }
     CMEPage* cmePage() const { return m_cme; }
@@ -86,6 +91,11 @@ private:
     void join(const QString& folder, const QString& passphrase);
     void restore(const QString& archive, const QString& passphrase);
     void unlock();
+    void showStartProblem(const VaultError& error);
+    void retryStart();
+    void restoreInsteadOfUnreadable();
+    void joinInsteadOfUnreadable();
+    void eraseUnreadable();
     void reloadScreens();
     void fillPersonSwitcher(const std::vector<std::pair<QString, QString>>& entries);
     void choosePerson(int index);
@@ -103,6 +113,7 @@ private:
     QLabel* m_opening = nullptr;
     OnboardingPage* m_onboarding = nullptr;
     LockPage* m_lock = nullptr;
+    StartProblemPage* m_problem = nullptr;
     QWidget* m_shell = nullptr;
     QComboBox* m_person = nullptr;
     QListWidget* m_sidebar = nullptr;
@@ -120,6 +131,10 @@ private:
     std::vector<QString> m_screenNames;  // in sidebar order
     bool m_fillingSwitcher = false;
     bool m_draftDropped = false;  // said once the vault is open again
+    bool m_startFailed = false;
+    // The vault file could not be read at start; a restore replaces it once the backup checks out.
+    bool m_replacingUnreadable = false;
+    bool m_lockDeferred = false;
 };
 
 }  // namespace corvale::app

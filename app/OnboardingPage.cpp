@@ -28,9 +28,8 @@ namespace {
 
 // Credentials most clinicians hold besides their licences, offered as one tick each.
 constexpr std::pair<const char*, const char*> kQuickList[] = {
-    {"dea", "DEA registration"},   {"boardCertification", "Board certification"},
-    {"bls", "BLS card"},           {"acls", "ACLS card"},
-    {"malpractice", "Malpractice insurance"}, {"caqh", "CAQH attestation"},
+    {"dea", "DEA registration"}, {"boardCertification", "Board certification"}, {"bls", "BLS card"},
+    {"acls", "ACLS card"},       {"malpractice", "Malpractice insurance"},      {"caqh", "CAQH attestation"},
 };
 
 QString text(std::string_view value) { return QString::fromUtf8(value.data(), static_cast<qsizetype>(value.size())); }
@@ -43,8 +42,8 @@ OnboardingPage::OnboardingPage(QWidget* parent) : QWidget(parent), m_submitted(s
 
     auto* title = makeLabel(tr("Welcome to Corvale"), "title", this);
     scaleFont(title, 2.0, QFont::DemiBold);
-    auto* tagline = makeLabel(tr("Your licences, CME and documents, in an encrypted vault on this computer."),
-                              "caption", this);
+    auto* tagline =
+        makeLabel(tr("Your licences, CME and documents, in an encrypted vault on this computer."), "caption", this);
     scaleFont(tagline, 1.1);
 
     // Three ways in, as a segmented choice above the one form in view.
@@ -82,6 +81,10 @@ OnboardingPage::OnboardingPage(QWidget* parent) : QWidget(parent), m_submitted(s
     outer->addWidget(column, 1, Qt::AlignHCenter);
     layout->addWidget(title);
     layout->addWidget(tagline);
+    m_notice = makeLabel(QString(), "notice", column);
+    m_notice->setWordWrap(true);
+    m_notice->setVisible(false);
+    layout->addWidget(m_notice);
     layout->addSpacing(16);
     layout->addLayout(ways);
     layout->addSpacing(8);
@@ -233,9 +236,8 @@ QFrame* formCard(QWidget* parent, const QString& intro, QFormLayout* form, QLabe
 QWidget* OnboardingPage::makeJoinForm() {
     auto* holder = new QWidget(this);
     auto* form = smallForm();
-    m_joinFolder = pathRow(form, tr("Vault folder"), tr("The folder holding vault.pbv and vault.key"), holder, [this] {
-        return QFileDialog::getExistingDirectory(this, tr("Choose the vault folder"));
-    });
+    m_joinFolder = pathRow(form, tr("Vault folder"), tr("The folder holding vault.pbv and vault.key"), holder,
+                           [this] { return QFileDialog::getExistingDirectory(this, tr("Choose the vault folder")); });
     m_joinPassphrase = passphraseRow(form, holder);
     auto* join = new QPushButton(tr("Join vault"), holder);
     join->setObjectName(QStringLiteral("primary"));
@@ -286,6 +288,21 @@ void OnboardingPage::showWay(Way way) {
     m_forms->setCurrentIndex(index);
     m_wayButtons.at(static_cast<std::size_t>(index))->setChecked(true);
 }
+
+void OnboardingPage::setCreateOffered(bool offered) {
+    m_wayButtons.at(static_cast<std::size_t>(Way::create))->setVisible(offered);
+}
+
+bool OnboardingPage::createOffered() const {
+    return m_wayButtons.at(static_cast<std::size_t>(Way::create))->isVisibleTo(this);
+}
+
+void OnboardingPage::showNotice(const QString& notice) {
+    m_notice->setText(notice);
+    m_notice->setVisible(!notice.isEmpty());
+}
+
+QString OnboardingPage::noticeText() const { return m_notice->isVisibleTo(this) ? m_notice->text() : QString(); }
 
 OnboardingPage::Way OnboardingPage::way() const { return static_cast<Way>(m_forms->currentIndex()); }
 
@@ -353,7 +370,8 @@ void OnboardingPage::submit() {
     if (const QString primary = m_primaryState->currentData().toString(); !primary.isEmpty()) {
         onboarding.states.push_back(primary.toStdString());
     }
-    for (QString piece : m_otherStates->text().split(QRegularExpression(QStringLiteral("[,;\\s]+")), Qt::SkipEmptyParts)) {
+    for (QString piece :
+         m_otherStates->text().split(QRegularExpression(QStringLiteral("[,;\\s]+")), Qt::SkipEmptyParts)) {
         const std::string code = asciiUpper(piece.toStdString());
         if (!USState::find(code)) {
             showError(QString::fromStdString(notAState(piece.toStdString())));

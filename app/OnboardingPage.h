@@ -36,6 +36,12 @@ public:
     enum class Way { create, join, restore };
     void showWay(Way way);
     Way way() const;
+    // Hidden while a vault file waits here for its key: a new vault would strand it.
+    void setCreateOffered(bool offered);
+    bool createOffered() const;
+    // A standing note above the ways in, such as why only some are offered.
+    void showNotice(const QString& notice);
+    QString noticeText() const;
 
     // Shows why the vault could not be made, joined or restored, on the form
     // in view; the form keeps what was typed.
@@ -70,6 +76,7 @@ private:
     QLineEdit* m_backupFile = nullptr;
     QLineEdit* m_backupPassphrase = nullptr;
     std::vector<QPushButton*> m_wayButtons;
+    QLabel* m_notice = nullptr;
     QStackedWidget* m_forms = nullptr;
     std::vector<QLabel*> m_errors;  // one per form, in Way order
     std::unique_ptr<Onboarding> m_submitted;

@@ -1,3 +1,4 @@
+#include "app/LockPage.h"
 #include "app/MainWindow.h"
 #include "app/QtScheduler.h"
 #include "platform/ProcessHardening.h"
@@ -22,15 +23,14 @@ int main(int argc, char* argv[]) {
     SystemClock clock;
     app::QtScheduler scheduler;
     // The account password, asked in a dialog that names why it is wanted.
-    PamAuthenticator authenticator([](const std::string& reason) -> std::optional<std::string> {
-        bool accepted = false;
-        const QString password = QInputDialog::getText(
-            QApplication::activeWindow(), QString::fromStdString(reason),
-            QObject::tr("%1: enter the password you use to sign in to this computer.")
-                .arg(QString::fromStdString(reason)),
-            QLineEdit::Password, QString(), &accepted);
-        if (!accepted) return std::nullopt;
-        return password.toStdString();
+    PamAuthenticator authenticator([](const std::string& reason) -> std::optional<SecureBytes> {
+        QInputDialog dialog(QApplication::activeWindow());
+        dialog.setWindowTitle(QString::fromStdString(reason));
+        dialog.setLabelText(QObject::tr("%1: enter the password you use to sign in to this computer.")
+                                .arg(QString::fromStdString(reason)));
+        dialog.setTextEchoMode(QLineEdit::Password);
+        if (dialog.exec() != QDialog::Accepted) return std::nullopt;
+        return app::takePassword(dialog);
     });
 
     app::MainWindow window(VaultStoreSetup::standard(files, secrets, clock, scheduler, authenticator),

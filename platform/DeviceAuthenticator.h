@@ -8,9 +8,15 @@ namespace corvale {
 
 enum class AuthenticationResult {
     passed,
-    failed,
+    failed,       // the wrong password, or a check that could not be made
+    cancelled,    // the owner closed the prompt; not a refusal to report
     unavailable,  // the device has no way to ask; treated as passed so app lock never shuts anyone out
 };
+
+// Whether the answer lets the owner through.
+inline bool admits(AuthenticationResult result) {
+    return result == AuthenticationResult::passed || result == AuthenticationResult::unavailable;
+}
 
 class DeviceAuthenticator {
 public:

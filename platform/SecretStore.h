@@ -12,9 +12,15 @@
 
 namespace corvale {
 
-// The platform's numeric status for a refused operation.
+// Why the store refused, and the platform's numeric status as a detail.
 struct SecretStoreFailure {
+    enum class Kind {
+        refused,    // the store answered no for another reason
+        locked,     // the keyring stayed locked (its unlock prompt was dismissed or never came)
+        noService,  // nothing answers for the store on this desktop
+    };
     std::int32_t status = 0;
+    Kind kind = Kind::refused;
 };
 
 class SecretStore {

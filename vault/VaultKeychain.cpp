@@ -6,6 +6,22 @@
 
 namespace corvale {
 
+namespace {
+
+VaultError keyringFailure(const SecretStoreFailure& failure) {
+    switch (failure.kind) {
+    case SecretStoreFailure::Kind::locked:
+        return VaultError::keyringLocked();
+    case SecretStoreFailure::Kind::noService:
+        return VaultError::noKeyring();
+    case SecretStoreFailure::Kind::refused:
+        break;
+    }
+    return VaultError::keyringRefused(failure.status);
+}
+
+}  // namespace
+
 std::string VaultKeychain::service() { return std::string(kAppIdentifier) + ".vault"; }
 
 std::string VaultKeychain::olderService() { return std::string(kOlderAppIdentifier) + ".vault"; }
@@ -13,7 +29,7 @@ std::string VaultKeychain::olderService() { return std::string(kOlderAppIdentifi
 Result<std::optional<SecureBytes>, VaultError> VaultKeychain::loadVaultKey() {
     auto loaded = m_store.load(service(), std::string(kAccount));
     if (!loaded) {
-        return fail(VaultError::keychain(loaded.error().status));
+        return fail(keyringFailure(loaded.error()));
     }
     std::optional<SecureBytes> key = std::move(loaded).value();
     // An item of another length cannot be our key. Reporting it as absent
@@ -38,7 +54,7 @@ Result<SecureBytes, VaultError> VaultKeychain::requireVaultKey() {
 Result<void, VaultError> VaultKeychain::saveVaultKey(const SecureBytes& key) {
     auto saved = m_store.save(service(), std::string(kAccount), key.view());
     if (!saved) {
-        return fail(VaultError::keychain(saved.error().status));
+        return fail(keyringFailure(saved.error()));
     }
     return {};
 }
@@ -52,7 +68,7 @@ Result<void, VaultError> VaultKeychain::deleteVaultKey() {
         }
     }
     if (first) {
-        return fail(VaultError::keychain(first->status));
+        return fail(keyringFailure(*first));
     }
     return {};
 }

@@ -55,13 +55,20 @@ VaultStoreSetup VaultStoreSetup::standard(FileSystem& files, SecretStore& secret
 VaultStore::VaultStore(VaultStoreSetup setup)
     : m_setup(std::move(setup)), m_keychain(m_setup.secrets), m_prefs(m_setup.files, m_setup.prefsFile) {}
 
-VaultStore::~VaultStore() { (void)flush(); }
-
-std::filesystem::path VaultStore::vaultDirectory() const { return m_setup.supportDirectory / kFolderName / "Vault"; }
+VaultStore::~VaultStore() {
+    // Quitting with a save that fails leaves the edit sealed beside the vault for the next start.
+    if (m_phase == VaultPhase::ready && !flush()) (void)keepUnsaved();
+}
 
 std::filesystem::path VaultStore::stagingDirectory() const {
     return m_setup.supportDirectory / kFolderName / kStagingFolderName;
 }
+
+bool VaultStore::hasVaultFile() const { return files({}).hasDocument(); }
+
+std::filesystem::path VaultStore::pendingPath() const { return vaultDirectory() / kPendingFileName; }
+
+std::filesystem::path VaultStore::vaultDirectory() const { return m_setup.supportDirectory / kFolderName / "Vault"; }
 
 VaultFiles VaultStore::files(SecureBytes key) const {
     return VaultFiles(m_setup.files, std::move(key), vaultDirectory(), m_setup.temporaryDirectory);
@@ -126,9 +133,28 @@ void VaultStore::runMigration() {
 Result<void, VaultError> VaultStore::openWith(SecureBytes key) {
     auto document = files(key.clone()).loadDocument();
     if (!document) return fail(document.error());
-    m_doc = std::move(document).value();
+    // What a failed save left sealed is newer than vault.pbv: from this run's
+    // lock, or from a run that quit before it could save.
+    std::optional<Bytes> unsaved = std::move(m_unsaved);
+    if (!unsaved && m_setup.files.exists(pendingPath())) {
+        if (auto read = m_setup.files.readFile(pendingPath())) unsaved = std::move(read).value();
+    }
+    std::optional<VaultDocument> newer;
+    if (unsaved) {
+        // One that no longer opens under this key (a vault joined or restored since) is stale, not newer.
+        if (auto plain = Sealer::open(*unsaved, key.view())) {
+            if (auto decoded = decodeVaultDocument(std::move(*plain))) newer = std::move(decoded).value();
+        }
+    }
+    m_doc = newer ? std::move(*newer) : std::move(document).value();
     m_key = std::move(key);
     m_phase = VaultPhase::ready;
+    if (newer) {
+        // Opening succeeds either way; a save that fails again is retried on the next edit or flush.
+        if (!save()) scheduleSave();
+    } else if (unsaved) {
+        (void)m_setup.files.removeFile(pendingPath());
+    }
     return {};
 }
 
@@ -143,8 +169,15 @@ Result<void, VaultError> VaultStore::unlockWithoutAuth() {
 Result<void, VaultError> VaultStore::unlock() {
     if (m_phase == VaultPhase::ready) return {};
     if (m_phase != VaultPhase::locked) return fail(VaultError::noVault());
-    if (m_setup.authenticator.authenticate("Unlock Corvale") == AuthenticationResult::failed)
-        return fail(VaultError::locked());
+    switch (m_setup.authenticator.authenticate("Unlock Corvale")) {
+    case AuthenticationResult::failed:
+        return fail(VaultError::wrongPassword());
+    case AuthenticationResult::cancelled:
+        return fail(VaultError::cancelled());
+    case AuthenticationResult::passed:
+    case AuthenticationResult::unavailable:
+        break;
+    }
     return unlockWithoutAuth();
 }
 
@@ -152,7 +185,12 @@ Result<void, VaultError> VaultStore::lock() {
     // Plain copies are records outside the vault: they go whether or not the app lock holds the rest.
     (void)clearTemporaryFiles();
     if (m_phase != VaultPhase::ready || !m_prefs.flag(Prefs::kAppLock)) return {};
-    if (auto saved = flush(); !saved) return saved;
+    if (!flush()) {
+        if (auto kept = keepUnsaved(); !kept) {
+            scheduleSave();  // still open, so keep trying as any failed save does
+            return kept;
+        }
+    }
     m_doc = VaultDocument{};
     m_profileUndo.clear();
     m_key = SecureBytes{};
@@ -163,7 +201,7 @@ Result<void, VaultError> VaultStore::lock() {
 Result<void, VaultError> VaultStore::setAppLock(bool enabled) {
     if (m_prefs.flag(Prefs::kAppLock) == enabled) return {};
     const std::string reason = enabled ? "Turn on app lock" : "Turn off app lock";
-    if (m_setup.authenticator.authenticate(reason) == AuthenticationResult::failed) return fail(VaultError::locked());
+    if (!admits(m_setup.authenticator.authenticate(reason))) return fail(VaultError::locked());
     return m_prefs.setFlag(Prefs::kAppLock, enabled);
 }
 
@@ -232,9 +270,7 @@ Result<void, VaultError> VaultStore::change(const std::function<void(VaultDocume
     return {};
 }
 
-bool VaultStore::authenticate(const std::string& reason) {
-    return m_setup.authenticator.authenticate(reason) != AuthenticationResult::failed;
-}
+bool VaultStore::authenticate(const std::string& reason) { return admits(m_setup.authenticator.authenticate(reason)); }
 
 void VaultStore::setScopePersonId(std::optional<std::string> personId) {
     const bool live = personId && std::any_of(m_doc.people.begin(), m_doc.people.end(), [&](const Person& person) {
@@ -274,15 +310,39 @@ void VaultStore::scheduleSave() {
     m_pendingSave = m_setup.scheduler.schedule(kSaveDelay, [this] {
         m_pendingSave.reset();
         // A failed background save keeps the edit in memory; the next edit or flush tries again.
-        if (!files(m_key.clone()).saveDocument(m_doc)) scheduleSave();
+        if (!save()) scheduleSave();
     });
+}
+
+Result<void, VaultError> VaultStore::save() {
+    auto saved = files(m_key.clone()).saveDocument(m_doc);
+    if (!saved) {
+        m_lastSaveError = saved.error();
+        return saved;
+    }
+    m_lastSaveError.reset();
+    m_unsaved.reset();
+    // vault.pbv now holds everything the pending file did.
+    if (m_setup.files.exists(pendingPath())) (void)m_setup.files.removeFile(pendingPath());
+    return {};
+}
+
+Result<void, VaultError> VaultStore::keepUnsaved() {
+    if (m_pendingSave) m_setup.scheduler.cancel(*m_pendingSave);
+    m_pendingSave.reset();  // its retry would need the key that is about to go
+    auto sealed = files(m_key.clone()).sealedDocument(m_doc);
+    if (!sealed) return fail(sealed.error());
+    // Best effort: the folder that refused vault.pbv may refuse this too, and memory still holds it.
+    (void)m_setup.files.replaceFileAtomically(pendingPath(), *sealed);
+    m_unsaved = std::move(sealed).value();
+    return {};
 }
 
 Result<void, VaultError> VaultStore::flush() {
     if (!m_pendingSave) return {};
     m_setup.scheduler.cancel(*m_pendingSave);
     m_pendingSave.reset();
-    auto saved = files(m_key.clone()).saveDocument(m_doc);
+    auto saved = save();
     if (!saved) scheduleSave();
     return saved;
 }
@@ -368,6 +428,21 @@ Result<void, VaultError> VaultStore::join(const std::filesystem::path& folder, s
     });
 }
 
+Result<void, VaultError> VaultStore::checkJoin(const std::filesystem::path& folder, std::string_view passphrase) const {
+    auto keyText = m_setup.files.readRegularFile(folder / kKeyFileName, VaultFiles::kKeyFileMaxBytes);
+    if (!keyText) return storageFailure(keyText.error());
+    auto keyFile = KeyFile::parse(asText(*keyText));
+    if (!keyFile) return fail(keyFile.error());
+    auto key = keyFile->open(passphrase);
+    if (!key) return fail(key.error());
+    auto sealed = m_setup.files.readRegularFile(folder / VaultFiles::kDocumentFileName, VaultFiles::kDocumentMaxBytes);
+    if (!sealed) return storageFailure(sealed.error());
+    auto plain = Sealer::open(*sealed, key->view(), kJSONReadPadding);
+    if (!plain) return fail(plain.error());
+    if (!decodeVaultDocument(std::move(*plain))) return fail(VaultError::badFormat());
+    return {};
+}
+
 Result<void, VaultError> VaultStore::install(
     SecureBytes key, const Bytes& sealedDocument, const std::set<std::string>& blobs,
     const std::function<Result<Bytes, VaultError>(const std::string& hash)>& sealedBlob) {
@@ -441,6 +516,9 @@ Result<void, VaultError> VaultStore::erase() {
     if (m_pendingSave) m_setup.scheduler.cancel(*m_pendingSave);
     m_pendingSave.reset();
     auto erased = files({}).erase(m_keychain);
+    (void)m_setup.files.removeFile(pendingPath());
+    m_unsaved.reset();
+    m_lastSaveError.reset();
     m_doc = VaultDocument{};
     m_profileUndo.clear();
     m_scopePersonId.reset();

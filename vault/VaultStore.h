@@ -61,6 +61,7 @@ class VaultStore {
 public:
     static constexpr std::chrono::milliseconds kSaveDelay{400};
     static constexpr std::string_view kKeyFileName = "vault.key";
+    static constexpr std::string_view kPendingFileName = "vault.pending";
 
     explicit VaultStore(VaultStoreSetup setup);
     // Quitting writes what is pending.
@@ -73,7 +74,12 @@ public:
     const VaultDocument& doc() const { return m_doc; }
     Prefs& prefs() { return m_prefs; }
     std::filesystem::path vaultDirectory() const;
+    // Whether vault.pbv is here, opened or not (its key may be missing).
+    bool hasVaultFile() const;
     bool hasPendingSave() const { return m_pendingSave.has_value(); }
+    // Why the last save of this document failed; absent once a save succeeds.
+    // Survives a lock, so the lock screen can say the latest changes wait.
+    const std::optional<VaultError>& lastSaveError() const { return m_lastSaveError; }
 
     // loading → welcome (no vault or no key), locked (app lock on) or ready.
     // inUse when another process holds this vault.
@@ -81,9 +87,15 @@ public:
     // From welcome: a fresh key in the secret store and a new document, saved at once.
     Result<std::string, VaultError> create(Onboarding onboarding);
     Result<void, VaultError> unlockWithoutAuth();
-    // From locked: asks the device owner ("Unlock Corvale"); a refusal leaves the vault locked.
+    // From locked: asks the device owner ("Unlock Corvale"); a wrong password
+    // (wrongPassword) or a closed prompt (cancelled) leaves the vault locked.
     Result<void, VaultError> unlock();
-    // Only with app lock on: flushes the pending save, then forgets the document.
+    // Only with app lock on: flushes the pending save, then forgets the
+    // document and the key. A save that fails does not stop the lock: the
+    // document is kept sealed under the key, in memory and in vault.pending
+    // where the folder allows, and becomes the document again on unlock,
+    // where its save is retried. Fails only when even sealing fails, and then
+    // stays open so nothing is lost.
     Result<void, VaultError> lock();
     Result<void, VaultError> setAppLock(bool enabled);
 
@@ -123,6 +135,10 @@ public:
     // only the blobs the document refers to, each proven before it is copied.
     // Any failure, a wrong passphrase first, changes nothing.
     Result<void, VaultError> join(const std::filesystem::path& folder, std::string_view passphrase);
+    // Whether join would open that folder's vault: the passphrase opens the key
+    // file, and the document opens under the key. Reads only, so it can vet a
+    // folder before an unreadable vault is erased for it.
+    Result<void, VaultError> checkJoin(const std::filesystem::path& folder, std::string_view passphrase) const;
 
     // A passphrase-protected archive of the key file, the sealed document and the
     // sealed blobs of every live document, written atomically. By default
@@ -161,6 +177,11 @@ private:
     Result<void, VaultError> restoreFrom(const std::filesystem::path& archive, std::string_view passphrase);
     std::filesystem::path stagingDirectory() const;
     void scheduleSave();
+    // Writes the document now and notes whether it worked.
+    Result<void, VaultError> save();
+    // Seals the unsaved document so it can outlive the key in memory.
+    Result<void, VaultError> keepUnsaved();
+    std::filesystem::path pendingPath() const;
     void runMigration();
     VaultFiles files(SecureBytes key) const;
 
@@ -172,6 +193,9 @@ private:
     SecureBytes m_key;
     std::unique_ptr<FileLock> m_lock;
     std::optional<Scheduler::TaskId> m_pendingSave;
+    std::optional<VaultError> m_lastSaveError;
+    // The document a failed save left behind, sealed under the vault key.
+    std::optional<Bytes> m_unsaved;
     std::optional<std::string> m_scopePersonId;
     std::vector<Person> m_profileUndo;
 };

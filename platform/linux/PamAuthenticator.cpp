@@ -17,7 +17,7 @@ struct Conversation {
     const std::string* reason;
     bool asked = false;
     bool cancelled = false;
-    std::optional<std::string> password;
+    std::optional<SecureBytes> password;
 };
 
 int converse(int count, const pam_message** messages, pam_response** responses, void* data) {
@@ -38,7 +38,14 @@ int converse(int count, const pam_message** messages, pam_response** responses, 
             std::free(replies);
             return PAM_CONV_ERR;
         }
-        replies[i].resp = strdup(conversation.password->c_str());
+        // PAM owns and frees the reply; Linux-PAM overwrites it before freeing.
+        replies[i].resp =
+            strndup(reinterpret_cast<const char*>(conversation.password->data()), conversation.password->size());
+        if (!replies[i].resp) {
+            for (int j = 0; j < i; ++j) std::free(replies[j].resp);
+            std::free(replies);
+            return PAM_BUF_ERR;
+        }
     }
     *responses = replies;
     return PAM_SUCCESS;
@@ -72,31 +79,33 @@ AuthenticationResult PamAuthenticator::authenticate(const std::string& reason) {
     const auto user = currentUser();
     if (!m_prompt || !user || !m_options.hasPassword(*user)) return AuthenticationResult::unavailable;
 
+    // The password stays in the conversation's wiping buffer until it goes out of scope here.
     Conversation conversation{&m_prompt, &reason, false, false, std::nullopt};
     const pam_conv callbacks{&converse, &conversation};
     pam_handle_t* handle = nullptr;
+    const std::string service = serviceFor(m_options);
     const std::string folder = m_options.configDirectory ? m_options.configDirectory->string() : std::string();
-    const int started = pam_start_confdir(m_options.service.c_str(), user->c_str(), &callbacks,
+    const int started = pam_start_confdir(service.c_str(), user->c_str(), &callbacks,
                                           folder.empty() ? nullptr : folder.c_str(), &handle);
-    if (started != PAM_SUCCESS) return AuthenticationResult::unavailable;
+    if (started != PAM_SUCCESS) return resultFor(started);
     const int status = pam_authenticate(handle, PAM_SILENT | PAM_DISALLOW_NULL_AUTHTOK);
     pam_end(handle, status);
-    if (conversation.password) {
-        // The password is the user's login secret: wipe our copy before it goes.
-        std::memset(conversation.password->data(), 0, conversation.password->size());
-    }
+    if (status != PAM_SUCCESS && conversation.cancelled) return AuthenticationResult::cancelled;
+    return resultFor(status);
+}
 
-    if (status == PAM_SUCCESS) return AuthenticationResult::passed;
-    if (conversation.cancelled) return AuthenticationResult::failed;
-    // Only a stack that cannot run at all lets the user through; any other refusal stands.
-    switch (status) {
-    case PAM_AUTHINFO_UNAVAIL:
-    case PAM_SERVICE_ERR:
-    case PAM_BUF_ERR:
-        return AuthenticationResult::unavailable;
-    default:
-        return AuthenticationResult::failed;
-    }
+AuthenticationResult PamAuthenticator::resultFor(int pamStatus) {
+    return pamStatus == PAM_SUCCESS ? AuthenticationResult::passed : AuthenticationResult::failed;
+}
+
+std::string PamAuthenticator::serviceFor(const PamOptions& options) {
+    const auto installed = [&](const std::filesystem::path& folder) {
+        std::error_code ignored;
+        return std::filesystem::exists(folder / options.service, ignored);
+    };
+    if (options.configDirectory) return installed(*options.configDirectory) ? options.service : options.fallbackService;
+    // Linux-PAM reads the administrator's folder first, then the distribution's.
+    return installed("/etc/pam.d") || installed("/usr/lib/pam.d") ? options.service : options.fallbackService;
 }
 
 }  // namespace corvale

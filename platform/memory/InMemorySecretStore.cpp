@@ -8,12 +8,14 @@ bool InMemorySecretStore::takeScheduledFailure(SecretStoreFailure& failure) {
     }
     --m_failuresLeft;
     failure.status = m_failureStatus;
+    failure.kind = m_failureKind;
     return true;
 }
 
-void InMemorySecretStore::failNext(int count, std::int32_t status) {
+void InMemorySecretStore::failNext(int count, std::int32_t status, SecretStoreFailure::Kind kind) {
     m_failuresLeft = count;
     m_failureStatus = status;
+    m_failureKind = kind;
 }
 
 Result<std::optional<SecureBytes>, SecretStoreFailure> InMemorySecretStore::load(const std::string& service,

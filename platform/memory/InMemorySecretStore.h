@@ -18,7 +18,7 @@ public:
     Result<void, SecretStoreFailure> remove(const std::string& service, const std::string& account) override;
 
     // The next `count` operations of any kind fail with `status` and change nothing.
-    void failNext(int count, std::int32_t status);
+    void failNext(int count, std::int32_t status, SecretStoreFailure::Kind kind = SecretStoreFailure::Kind::refused);
 
     std::size_t itemCount() const { return m_items.size(); }
 
@@ -28,6 +28,7 @@ private:
     std::map<std::pair<std::string, std::string>, SecureBytes> m_items;
     int m_failuresLeft = 0;
     std::int32_t m_failureStatus = 0;
+    SecretStoreFailure::Kind m_failureKind = SecretStoreFailure::Kind::refused;
 };
 
 }  // namespace corvale

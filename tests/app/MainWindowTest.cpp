@@ -4,9 +4,11 @@
 #include "app/CredentialEditor.h"
 #include "app/LicensesPage.h"
 #include "app/LockPage.h"
+#include "app/LongTask.h"
 #include "app/MainWindow.h"
 #include "app/OnboardingPage.h"
 #include "app/ProgressRing.h"
+#include "app/StartProblemPage.h"
 #include "app/TodayPage.h"
 #include "app/UnsavedEdits.h"
 #include "cli/Commands.h"
@@ -16,6 +18,7 @@
 #include "records/JSONReader.h"
 #include "records/NPI.h"
 #include "requirements/Requirements.h"
+#include "vault/VaultKeychain.h"
 #include "vault/VaultStore.h"
 
 #include <QCheckBox>
@@ -28,9 +31,11 @@
 #include <QPushButton>
 #include <QTemporaryDir>
 #include <QTest>
+#include <QTimer>
 
 #include <algorithm>
 #include <sstream>
+#include <thread>
 
 namespace corvale::app {
 
@@ -49,7 +54,9 @@ std::string run(Device& device, std::vector<std::string> args) {
 class MainWindowTest : public QObject {
     Q_OBJECT
 
-    static void screenshot(QWidget& window, const char* name) { testing::screenshot(window, QString::fromLatin1(name)); }
+    static void screenshot(QWidget& window, const char* name) {
+        testing::screenshot(window, QString::fromLatin1(name));
+    }
 
     static QString errorText(QWidget& page) {
         for (const auto* label : page.findChildren<QLabel*>(QStringLiteral("error")))
@@ -147,25 +154,31 @@ private slots:
         onboarding.owner.degree = "MD";
         onboarding.states = {"TX"};
         QVERIFY(window.store().create(onboarding).ok());
-        QVERIFY(window.store().change([](VaultDocument& doc) {
-            doc.credentials[0].expiresOn = Day{2026, 12, 2};
-            doc.credentials[0].documentIds = {"scan"};
-            CMEActivity activity;
-            activity.id = "cme-1";
-            activity.personId = doc.people[0].id;
-            activity.title = "Grand rounds";
-            activity.completedOn = Day{2026, 3, 2};
-            activity.hours = 20;
-            activity.category = "cat1";
-            doc.cme.push_back(activity);
-        }).ok());
+        QVERIFY(window.store()
+                    .change([](VaultDocument& doc) {
+                        doc.credentials[0].expiresOn = Day{2026, 12, 2};
+                        doc.credentials[0].documentIds = {"scan"};
+                        CMEActivity activity;
+                        activity.id = "cme-1";
+                        activity.personId = doc.people[0].id;
+                        activity.title = "Grand rounds";
+                        activity.completedOn = Day{2026, 3, 2};
+                        activity.hours = 20;
+                        activity.category = "cat1";
+                        doc.cme.push_back(activity);
+                    })
+                    .ok());
         window.refresh();
         // Due in 10 days (12) with 28 of the 48 Texas hours missing (8) and no live copy (2).
         QCOMPARE(window.todayPage()->scoreRing()->centreText(), QStringLiteral("78"));
         QCOMPARE(window.todayPage()->headline(), QStringLiteral("Two things need you this month."));
         screenshot(window, "today");
 
-        QVERIFY(window.store().change([](VaultDocument& doc) { doc.credentials[0].expiresOn = Day{2028, 11, 30}; }).ok());
+        QVERIFY(window.store()
+                    .change([](VaultDocument& doc) {
+                        doc.credentials[0].expiresOn = Day{2028, 11, 30};
+                    })
+                    .ok());
         window.refresh();
         QCOMPARE(window.todayPage()->scoreRing()->centreText(), QStringLiteral("98"));
         QCOMPARE(window.todayPage()->headline(), QStringLiteral("One credential has no copy attached."));
@@ -208,7 +221,8 @@ private slots:
         QCOMPARE(other.doc().people.at(0).specialty, std::optional<std::string>("Emergency nursing"));
     }
 
-    static void copyAcross(Device& from, Device& to, const std::filesystem::path& source, const std::filesystem::path& target) {
+    static void copyAcross(Device& from, Device& to, const std::filesystem::path& source,
+                           const std::filesystem::path& target) {
         auto bytes = from.files.readFile(source);
         QVERIFY(bytes.ok());
         QVERIFY(to.files.createDirectories(target.parent_path()).ok());
@@ -222,6 +236,184 @@ private slots:
             return;
         }
         QFAIL(qPrintable(QStringLiteral("no visible field ") + accessibleName));
+    }
+
+    void aLockAskedForDuringALongTaskHappensWhenItEnds() {
+        Device device;
+        MainWindow window(device.setup(), rules());
+        testing::fillSampleVault(window.store());
+        QVERIFY(window.store().setAppLock(true).ok());
+        window.show();
+        window.refresh();
+        bool lockedAtOnce = true;
+        QString pageMeanwhile;
+        QTimer::singleShot(50, &window, [&] {
+            lockedAtOnce = window.lockIfEnabled();
+            window.lockIfEnabled();  // asked twice, still one lock
+            pageMeanwhile = window.pageName();
+        });
+        const int answer = LongTask::run(&window, QStringLiteral("Working…"), [] {
+            std::this_thread::sleep_for(400ms);
+            return 42;
+        });
+        QCOMPARE(answer, 42);
+        QVERIFY(!lockedAtOnce);
+        QCOMPARE(pageMeanwhile, QStringLiteral("today"));
+        QTRY_COMPARE_WITH_TIMEOUT(window.pageName(), QStringLiteral("lock"), 3000);
+        QVERIFY(window.store().doc().people.empty());
+    }
+
+    void aLockWhoseSaveFailsStillLocksAndTheLockScreenSaysSo() {
+        Device device;
+        MainWindow window(device.setup(), rules());
+        testing::fillSampleVault(window.store());
+        QVERIFY(window.store().setAppLock(true).ok());
+        window.show();
+        window.refresh();
+        QVERIFY(
+            window.store().change([](VaultDocument& doc) { doc.people[0].specialty = "Written on a full disk"; }).ok());
+        device.files.failWritesAfter(0);
+        QVERIFY(window.lockIfEnabled());
+        QCOMPARE(window.pageName(), QStringLiteral("lock"));
+        QVERIFY(window.store().doc().people.empty());
+        QCOMPARE(window.lockPage()->noticeText(),
+                 QStringLiteral("Your latest changes couldn't be saved to disk, so Corvale keeps them sealed and saves "
+                                "them again when you unlock."));
+        screenshot(window, "lock-unsaved");
+
+        device.files.clearWriteFailures();
+        QTest::mouseClick(window.lockPage()->unlockButton(), Qt::LeftButton);
+        QCOMPARE(window.pageName(), QStringLiteral("today"));
+        QCOMPARE(window.store().doc().people.at(0).specialty, std::optional<std::string>("Written on a full disk"));
+        QVERIFY(!window.store().lastSaveError());
+        QVERIFY(window.lockIfEnabled());
+        QCOMPARE(window.lockPage()->noticeText(), QString());
+    }
+
+    void theLockScreenSaysAWrongPasswordButNotAClosedPrompt() {
+        Device device;
+        MainWindow window(device.setup(), rules());
+        testing::fillSampleVault(window.store());
+        QVERIFY(window.store().setAppLock(true).ok());
+        window.show();
+        QVERIFY(window.lockIfEnabled());
+        device.authenticator.answer = AuthenticationResult::failed;
+        QTest::mouseClick(window.lockPage()->unlockButton(), Qt::LeftButton);
+        QCOMPARE(window.pageName(), QStringLiteral("lock"));
+        QCOMPARE(window.lockPage()->errorText(), QStringLiteral("That password isn't right, so try again."));
+        device.authenticator.answer = AuthenticationResult::cancelled;
+        QTest::mouseClick(window.lockPage()->unlockButton(), Qt::LeftButton);
+        QCOMPARE(window.pageName(), QStringLiteral("lock"));
+        QCOMPARE(window.lockPage()->errorText(), QString());
+        device.authenticator.answer = AuthenticationResult::passed;
+        QTest::mouseClick(window.lockPage()->unlockButton(), Qt::LeftButton);
+        QCOMPARE(window.pageName(), QStringLiteral("today"));
+    }
+
+    void everyStartFailureIsSaidWithWhatCanBeDone() {
+        Device device;
+        QTemporaryDir disk;
+        const std::filesystem::path backup = disk.filePath(QStringLiteral("Corvale Backup.pbbackup")).toStdString();
+        QVERIFY(device.files.createDirectories("/sync/Corvale").ok());
+        {
+            VaultStore store(device.setup());
+            testing::fillSampleVault(store);
+            QVERIFY(store.exportBackup("backup passphrase", backup).ok());
+            // What another device would bring to join with.
+            QVERIFY(store.exportKeyFile("/sync/Corvale/vault.key", "correct horse battery").ok());
+        }
+        copyAcross(device, device, "/support/Corvale/Vault/vault.pbv", "/sync/Corvale/vault.pbv");
+        const auto opened = [&](MainWindow& window) { return window.pageName() == QStringLiteral("today"); };
+        StartProblemPage* problem = nullptr;
+
+        // A keyring left locked: said as locked, never as "no vault", and a retry opens.
+        {
+            device.secrets.failNext(1, 2, SecretStoreFailure::Kind::locked);
+            MainWindow window(device.setup(), rules());
+            window.show();
+            window.start();
+            problem = window.startProblemPage();
+            QCOMPARE(window.pageName(), QStringLiteral("problem"));
+            QCOMPARE(problem->message(), QStringLiteral("Your keyring is locked, so unlock it and try again."));
+            QVERIFY(!problem->restoreButton()->isVisibleTo(problem));
+            QVERIFY(!problem->eraseButton()->isVisibleTo(problem));
+            QTest::mouseClick(problem->retryButton(), Qt::LeftButton);
+            QVERIFY(opened(window));
+        }
+        // Open in another window: said, and a retry once it has closed.
+        {
+            auto other = std::make_unique<VaultStore>(device.setup());
+            QVERIFY(other->start().ok());
+            MainWindow window(device.setup(), rules());
+            window.show();
+            window.start();
+            QCOMPARE(window.pageName(), QStringLiteral("problem"));
+            QCOMPARE(window.startProblemPage()->message().toStdString(), VaultError::inUse().message());
+            other.reset();
+            QTest::mouseClick(window.startProblemPage()->retryButton(), Qt::LeftButton);
+            QVERIFY(opened(window));
+        }
+        // A damaged vault file: joining replaces it, but only with a vault its key file opens...
+        const std::filesystem::path vaultFile = "/support/Corvale/Vault/vault.pbv";
+        Bytes damaged = device.files.readFile(vaultFile).value();
+        damaged[damaged.size() / 2] ^= 0x5a;
+        QVERIFY(device.files.replaceFileAtomically(vaultFile, damaged).ok());
+        {
+            MainWindow window(device.setup(), rules());
+            window.show();
+            window.start();
+            QCOMPARE(window.pageName(), QStringLiteral("problem"));
+            QTest::mouseClick(window.startProblemPage()->joinButton(), Qt::LeftButton);
+            OnboardingPage& page = *window.onboardingPage();
+            QCOMPARE(window.pageName(), QStringLiteral("onboarding"));
+            QCOMPARE(page.way(), OnboardingPage::Way::join);
+            fillIn(page, QStringLiteral("Vault folder"), QStringLiteral("/sync/Corvale"));
+            fillIn(page, QStringLiteral("Passphrase"), QStringLiteral("wrong passphrase"));
+            QTest::mouseClick(testing::button(page, QStringLiteral("Join vault")), Qt::LeftButton);
+            QCOMPARE(errorText(page), QStringLiteral("That passphrase doesn't unlock this vault."));
+            QCOMPARE(device.files.readFile(vaultFile).value(), damaged);
+            fillIn(page, QStringLiteral("Passphrase"), QStringLiteral("correct horse battery"));
+            QTest::mouseClick(testing::button(page, QStringLiteral("Join vault")), Qt::LeftButton);
+            QVERIFY(opened(window));
+        }
+        // ...and so does a restore, with a backup that opens.
+        QVERIFY(device.files.replaceFileAtomically(vaultFile, damaged).ok());
+        {
+            MainWindow window(device.setup(), rules());
+            window.show();
+            window.start();
+            problem = window.startProblemPage();
+            QCOMPARE(window.pageName(), QStringLiteral("problem"));
+            QCOMPARE(problem->message().toStdString(), VaultError::damaged().message());
+            QVERIFY(problem->retryButton()->isVisibleTo(problem));
+            QVERIFY(problem->restoreButton()->isVisibleTo(problem));
+            QVERIFY(problem->eraseButton()->isVisibleTo(problem));
+            screenshot(window, "start-damaged");
+            QTest::mouseClick(problem->restoreButton(), Qt::LeftButton);
+            OnboardingPage& page = *window.onboardingPage();
+            QCOMPARE(window.pageName(), QStringLiteral("onboarding"));
+            QCOMPARE(page.way(), OnboardingPage::Way::restore);
+            fillIn(page, QStringLiteral("Backup file"), QString::fromStdString(backup.string()));
+            fillIn(page, QStringLiteral("Passphrase"), QStringLiteral("not it"));
+            QTest::mouseClick(testing::button(page, QStringLiteral("Restore backup")), Qt::LeftButton);
+            QCOMPARE(errorText(page), QStringLiteral("That passphrase doesn't unlock this vault."));
+            QCOMPARE(device.files.readFile(vaultFile).value(), damaged);
+            fillIn(page, QStringLiteral("Passphrase"), QStringLiteral("backup passphrase"));
+            QTest::mouseClick(testing::button(page, QStringLiteral("Restore backup")), Qt::LeftButton);
+            QVERIFY(opened(window));
+            QCOMPARE(window.store().doc().people.at(0).name, std::string("Maya Chen"));
+        }
+        // The key gone but the vault file here: onboarding says so and offers only joining or restoring.
+        QVERIFY(device.secrets.remove(VaultKeychain::service(), std::string(VaultKeychain::kAccount)).ok());
+        MainWindow window(device.setup(), rules());
+        window.show();
+        window.start();
+        OnboardingPage& page = *window.onboardingPage();
+        QCOMPARE(window.pageName(), QStringLiteral("onboarding"));
+        QVERIFY(page.noticeText().startsWith(QStringLiteral("The vault key is missing from this device.")));
+        QVERIFY(!page.createOffered());
+        QCOMPARE(page.way(), OnboardingPage::Way::join);
+        QVERIFY(!page.noticeText().contains(QStringLiteral("erase"), Qt::CaseInsensitive));
     }
 
     void anotherDeviceJoinsOrRestoresFromOnboarding() {
@@ -444,9 +636,9 @@ private slots:
         // The desktop's screen saver coming on locks it too.
         auto bus = QDBusConnection::connectToBus(QDBusConnection::SessionBus, QStringLiteral("screen-saver"));
         if (!bus.isConnected()) QSKIP("no session bus here; run under dbus-run-session");
-        auto signal = QDBusMessage::createSignal(QStringLiteral("/org/freedesktop/ScreenSaver"),
-                                                 QStringLiteral("org.freedesktop.ScreenSaver"),
-                                                 QStringLiteral("ActiveChanged"));
+        auto signal =
+            QDBusMessage::createSignal(QStringLiteral("/org/freedesktop/ScreenSaver"),
+                                       QStringLiteral("org.freedesktop.ScreenSaver"), QStringLiteral("ActiveChanged"));
         signal << true;
         QVERIFY(bus.send(signal));
         QTRY_COMPARE_WITH_TIMEOUT(window.pageName(), QStringLiteral("lock"), 3000);
@@ -487,7 +679,8 @@ private slots:
         QTest::keyClick(&window, Qt::Key_1, Qt::ControlModifier);
         QAbstractButton* renew = nullptr;
         for (auto* candidate : window.todayPage()->findChildren<QAbstractButton*>())
-            if (candidate->accessibleName() == QStringLiteral("Renew: Texas license expires in 23 days")) renew = candidate;
+            if (candidate->accessibleName() == QStringLiteral("Renew: Texas license expires in 23 days"))
+                renew = candidate;
         QVERIFY(renew);
         QTest::mouseClick(renew, Qt::LeftButton);
         QCOMPARE(window.pageName(), QStringLiteral("licenses"));

@@ -6,8 +6,11 @@
 #include <gtest/gtest.h>
 
 #include <gio/gio.h>
+#include <libsecret/secret.h>
 #include <unistd.h>
 
+#include <chrono>
+#include <cstdlib>
 #include <string>
 #include <vector>
 
@@ -47,7 +50,8 @@ std::vector<std::string> itemsFor(const std::string& account) {
 
 std::optional<std::string> loadText(LibsecretSecretStore& store, const std::string& account) {
     auto loaded = store.load(kService, account);
-    EXPECT_TRUE(loaded.ok()) << "status " << (loaded.ok() ? 0 : loaded.error().status);
+    EXPECT_TRUE(loaded.ok()) << "status " << (loaded.ok() ? 0 : loaded.error().status) << ", kind "
+                             << (loaded.ok() ? -1 : static_cast<int>(loaded.error().kind));
     if (!loaded.ok() || !loaded->has_value()) {
         return std::nullopt;
     }
@@ -91,6 +95,64 @@ TEST(LibsecretSecretStore, BinarySecretsSurviveByteForByte) {
         EXPECT_EQ(loadText(store, "key"), secret);
     }
     ASSERT_TRUE(store.remove(kService, "key").ok());
+}
+
+// The default collection, locked as a screen lock or a timeout would.
+std::string lockDefaultCollection() {
+    g_autoptr(GVariant) alias = askSecretService("ReadAlias", g_variant_new("(s)", "default"), "(o)");
+    if (alias == nullptr) return {};
+    g_autoptr(GVariant) path = g_variant_get_child_value(alias, 0);
+    const std::string collection = g_variant_get_string(path, nullptr);
+    const char* paths[] = {collection.c_str()};
+    g_autoptr(GVariant) locked =
+        askSecretService("Lock", g_variant_new("(@ao)", g_variant_new_objv(paths, 1)), "(aoo)");
+    return collection;
+}
+
+// Last in this file: the keyring stays locked for the rest of the run.
+TEST(LibsecretSecretStore, ALockedKeyringIsReportedLockedNotEmpty) {
+    LibsecretSecretStore store(std::chrono::seconds(5));
+    ASSERT_TRUE(store.save(kService, "locked", asBytes("sealed away")).ok());
+    ASSERT_FALSE(lockDefaultCollection().empty());
+
+    // Headless there is no prompter, so the keyring's unlock prompt cannot be
+    // answered: the store must come back, and say locked rather than "no item".
+    const auto started = std::chrono::steady_clock::now();
+    const auto loaded = store.load(kService, "locked");
+    EXPECT_LT(std::chrono::steady_clock::now() - started, std::chrono::seconds(20));
+    ASSERT_FALSE(loaded.ok()) << "a locked item read as " << (loaded->has_value() ? "a value" : "no item");
+    EXPECT_EQ(loaded.error().kind, SecretStoreFailure::Kind::locked);
+
+    const auto saved = store.save(kService, "another", asBytes("x"));
+    ASSERT_FALSE(saved.ok());
+    EXPECT_EQ(saved.error().kind, SecretStoreFailure::Kind::locked);
+}
+
+// Run on its own by platform.libsecret.none, with a session bus address that leads nowhere.
+TEST(LibsecretSecretStore, WithNothingOnTheBusItSaysThereIsNoKeyring) {
+    if (!std::getenv("CORVALE_NO_SECRET_SERVICE")) GTEST_SKIP() << "needs a session bus with no Secret Service";
+    LibsecretSecretStore store(std::chrono::seconds(5));
+    const auto loaded = store.load(kService, "anyone");
+    ASSERT_FALSE(loaded.ok());
+    EXPECT_EQ(loaded.error().kind, SecretStoreFailure::Kind::noService);
+    const auto saved = store.save(kService, "anyone", asBytes("x"));
+    ASSERT_FALSE(saved.ok());
+    EXPECT_EQ(saved.error().kind, SecretStoreFailure::Kind::noService);
+}
+
+TEST(LibsecretSecretStore, ErrorsAreToldByWhatTheyMeanToTheUser) {
+    const auto kindOf = [](GQuark domain, int code) {
+        g_autoptr(GError) error = g_error_new_literal(domain, code, "test");
+        return LibsecretSecretStore::classify(error).kind;
+    };
+    using Kind = SecretStoreFailure::Kind;
+    EXPECT_EQ(kindOf(SECRET_ERROR, SECRET_ERROR_IS_LOCKED), Kind::locked);
+    EXPECT_EQ(kindOf(G_IO_ERROR, G_IO_ERROR_CANCELLED), Kind::locked);
+    EXPECT_EQ(kindOf(G_DBUS_ERROR, G_DBUS_ERROR_SERVICE_UNKNOWN), Kind::noService);
+    EXPECT_EQ(kindOf(G_DBUS_ERROR, G_DBUS_ERROR_NAME_HAS_NO_OWNER), Kind::noService);
+    EXPECT_EQ(kindOf(G_DBUS_ERROR, G_DBUS_ERROR_ACCESS_DENIED), Kind::refused);
+    EXPECT_EQ(kindOf(SECRET_ERROR, SECRET_ERROR_PROTOCOL), Kind::refused);
+    EXPECT_EQ(LibsecretSecretStore::classify(nullptr).status, -1);
 }
 
 }  // namespace

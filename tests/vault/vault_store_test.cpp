@@ -2,11 +2,14 @@
 #include "platform/memory/InMemoryFileSystem.h"
 #include "platform/memory/InMemorySecretStore.h"
 #include "vault/AppIdentity.h"
+#include "vault/VaultFiles.h"
+#include "vault/VaultKeychain.h"
 #include "vault/VaultStore.h"
 
 #include <gtest/gtest.h>
 
 #include <sys/stat.h>
+#include <unistd.h>
 
 #include <algorithm>
 #include <cstdlib>
@@ -108,13 +111,111 @@ TEST(VaultStore, ABurstOfEditsIsOneWriteAndLockingFlushesIt) {
     EXPECT_TRUE(store.doc().people.empty());
 
     device.authenticator.answer = AuthenticationResult::failed;
-    EXPECT_FALSE(store.unlock());
+    EXPECT_EQ(store.unlock().error().code, VaultError::Code::wrongPassword);
     EXPECT_EQ(store.phase(), VaultPhase::locked);
+    device.authenticator.answer = AuthenticationResult::cancelled;
+    EXPECT_EQ(store.unlock().error().code, VaultError::Code::cancelled);
+    EXPECT_EQ(store.phase(), VaultPhase::locked);
+    EXPECT_FALSE(store.authenticate("Show your date of birth"));
     // A device that cannot ask at all must never shut its owner out.
     device.authenticator.answer = AuthenticationResult::unavailable;
     ASSERT_TRUE(store.unlock());
     EXPECT_EQ(store.doc().people.at(0).notes, "last words");
     EXPECT_EQ(device.authenticator.reasons.back(), "Unlock Corvale");
+}
+
+// What vault.pbv holds, read past the store with the key from the secret store.
+std::string notesOnDisk(FileSystem& files, SecretStore& secrets, const fs::path& folder) {
+    auto key = VaultKeychain(secrets).requireVaultKey();
+    if (!key) return "no key";
+    auto document = VaultFiles(files, std::move(key).value(), folder).loadDocument();
+    if (!document) return document.error().message();
+    return document->people.at(0).notes.value_or("");
+}
+
+TEST(VaultStore, ALockWhoseSaveFailsStillLocksAndSavesAfterUnlock) {
+    Device device;
+    VaultStore store(device.setup());
+    ASSERT_TRUE(store.create(nurse({})));
+    ASSERT_TRUE(store.setAppLock(true));
+    ASSERT_TRUE(store.change([](VaultDocument& doc) { doc.people[0].notes = "written on a full disk"; }));
+    device.files.failWritesAfter(0);
+
+    ASSERT_TRUE(store.lock());
+    EXPECT_EQ(store.phase(), VaultPhase::locked);
+    EXPECT_TRUE(store.doc().people.empty());
+    EXPECT_FALSE(store.hasPendingSave()) << "a retry would run without the key";
+    ASSERT_TRUE(store.lastSaveError());
+    EXPECT_EQ(store.lastSaveError()->file.code, FileError::Code::noSpace);
+    EXPECT_EQ(store.change([](VaultDocument&) {}).error().code, VaultError::Code::locked);
+    device.scheduler.advance(10s);  // nothing scheduled may touch the closed vault
+
+    // Still full at unlock: the edit is back in the document and waits for a retry.
+    ASSERT_TRUE(store.unlock());
+    EXPECT_EQ(store.doc().people.at(0).notes, "written on a full disk");
+    EXPECT_TRUE(store.hasPendingSave());
+    ASSERT_TRUE(store.lock());
+    EXPECT_TRUE(store.doc().people.empty());
+
+    device.files.clearWriteFailures();
+    ASSERT_TRUE(store.unlock());
+    EXPECT_FALSE(store.lastSaveError());
+    EXPECT_FALSE(store.hasPendingSave());
+    EXPECT_FALSE(device.files.exists(device.vaultFile().parent_path() / "vault.pending"));
+    EXPECT_EQ(notesOnDisk(device.files, device.secrets, device.vaultFile().parent_path()), "written on a full disk");
+}
+
+// Real folders: one made read-only, and one whose vault.pbv cannot be
+// replaced while the folder still takes the sealed pending file, which
+// then outlives a quit.
+TEST(VaultStore, ALockInAnUnwritableFolderLocksAndLaterSaves) {
+    char pattern[] = "/tmp/corvale-lock-XXXXXX";
+    const fs::path home = mkdtemp(pattern);
+    PosixFileSystem disk;
+    InMemorySecretStore secrets;
+    SystemClock clock;
+    ManualScheduler scheduler;
+    ScriptedAuthenticator authenticator;
+    const VaultStoreSetup setup{disk, secrets, clock, scheduler, authenticator, home, home / "prefs.json", home};
+    const fs::path folder = home / "Corvale/Vault";
+    const fs::path vaultFile = folder / "vault.pbv";
+    const auto noted = [&](VaultStore& store, const std::string& notes) {
+        return store.change([&](VaultDocument& doc) { doc.people[0].notes = notes; });
+    };
+    auto store = std::make_unique<VaultStore>(setup);
+    ASSERT_TRUE(store->create(nurse({})));
+    ASSERT_TRUE(store->setAppLock(true));
+
+    // chmod does not stop root, who runs these tests in CI containers.
+    if (::geteuid() != 0) {
+        ASSERT_TRUE(noted(*store, "read-only folder"));
+        fs::permissions(folder, fs::perms::owner_read | fs::perms::owner_exec);
+        ASSERT_TRUE(store->lock());
+        EXPECT_TRUE(store->doc().people.empty());
+        EXPECT_EQ(store->lastSaveError()->file.code, FileError::Code::permissionDenied);
+        fs::permissions(folder, fs::perms::owner_all);
+        ASSERT_TRUE(store->unlock());
+        EXPECT_FALSE(store->lastSaveError());
+        EXPECT_EQ(notesOnDisk(disk, secrets, folder), "read-only folder");
+    }
+
+    ASSERT_TRUE(noted(*store, "kept through a quit"));
+    fs::rename(vaultFile, home / "vault.aside");
+    fs::create_directories(vaultFile / "in-the-way");
+    ASSERT_TRUE(store->lock());
+    EXPECT_TRUE(store->doc().people.empty());
+    EXPECT_TRUE(fs::exists(folder / "vault.pending"));
+    store.reset();  // the app quits while the disk still refuses
+
+    fs::remove_all(vaultFile);
+    fs::rename(home / "vault.aside", vaultFile);
+    VaultStore later(setup);
+    ASSERT_TRUE(later.start());
+    ASSERT_TRUE(later.unlock());
+    EXPECT_EQ(later.doc().people.at(0).notes, "kept through a quit");
+    EXPECT_FALSE(fs::exists(folder / "vault.pending"));
+    EXPECT_FALSE(later.hasPendingSave());
+    fs::remove_all(home);
 }
 
 TEST(VaultStore, ProfileEditsUndoInTurnAndTheScopeNamesOnlyALivePerson) {
@@ -230,6 +331,21 @@ TEST(VaultStore, AnotherDeviceJoinsWithTheKeyFileAndOnlyTheRightPassphrase) {
                                 second.home / "prefs.json",
                                 first.home / "tmp"};
     VaultStore joiner(onFirstDisk);
+    // Vetting reads only: a wrong passphrase or a folder whose vault the key does not open is said, and nothing is
+    // written.
+    const auto writes = first.files.writeCount();
+    EXPECT_EQ(joiner.checkJoin(carried, "battery staple").error().code, VaultError::Code::wrongPassphrase);
+    EXPECT_TRUE(joiner.checkJoin(carried, "correct horse"));
+    Bytes altered = first.files.readFile(carried / "vault.pbv").value();
+    altered.back() ^= 1;
+    ASSERT_TRUE(first.files.createDirectories("/altered"));
+    ASSERT_TRUE(
+        first.files.replaceFileAtomically("/altered/vault.key", first.files.readFile(carried / "vault.key").value()));
+    ASSERT_TRUE(first.files.replaceFileAtomically("/altered/vault.pbv", altered));
+    EXPECT_EQ(joiner.checkJoin("/altered", "correct horse").error().code, VaultError::Code::damaged);
+    EXPECT_EQ(first.files.writeCount(), writes + 2);
+    EXPECT_EQ(second.secrets.itemCount(), 0u);
+
     const auto wrong = joiner.join(carried, "battery staple");
     ASSERT_FALSE(wrong);
     EXPECT_EQ(wrong.error().message(), "That passphrase doesn't unlock this vault.");

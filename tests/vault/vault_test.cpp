@@ -140,8 +140,14 @@ TEST(VaultError, MessagesAreShownToTheUserAsWritten) {
     full.path = "/home/clinician/vault.pbv";
     const std::pair<VaultError, std::string> cases[] = {
         {VaultError::keychain(-25300), "Keychain error -25300."},
-        {VaultError::keychain(7), "Keychain error 7."},
+        {VaultError::keyringRefused(7),
+         "The keyring turned down Corvale's request (error 7), so unlock your keyring and try again."},
+        {VaultError::keyringLocked(), "Your keyring is locked, so unlock it and try again."},
+        {VaultError::noKeyring(),
+         "No keyring is running on this desktop, so sign in to a desktop session with GNOME "
+         "Keyring or KWallet and try again."},
         {VaultError::badFormat(), "This file isn't a Corvale vault."},
+        {VaultError::wrongPassword(), "That password isn't right, so try again."},
         {VaultError::wrongPassphrase(), "That passphrase doesn't unlock this vault."},
         {VaultError::keyMissing(), "The vault key is missing from this device."},
         {VaultError::noSyncFolder(), "Choose a sync folder first."},
@@ -261,10 +267,16 @@ TEST(VaultKeychain, OneItemUnderFixedNamesLeftAloneByRefusalsAndWrongPassphrases
     EXPECT_EQ(store.itemCount(), 1u);
 
     // A refusal must not read as "no key", or the app would make a new one.
-    store.failNext(3, -25300);
-    EXPECT_EQ(messageOf(keychain.loadVaultKey()), "Keychain error -25300.");
-    EXPECT_EQ(messageOf(keychain.saveVaultKey(countingKey(3))), "Keychain error -25300.");
-    EXPECT_EQ(failedWith(keychain.deleteVaultKey()), Code::keychain);
+    store.failNext(3, 2);
+    EXPECT_EQ(messageOf(keychain.loadVaultKey()),
+              "The keyring turned down Corvale's request (error 2), so unlock your keyring and try again.");
+    EXPECT_EQ(failedWith(keychain.saveVaultKey(countingKey(3))), Code::keyringRefused);
+    EXPECT_EQ(failedWith(keychain.deleteVaultKey()), Code::keyringRefused);
+    // A locked keyring or none at all is said as such, never as a number.
+    store.failNext(1, 2, SecretStoreFailure::Kind::locked);
+    EXPECT_EQ(messageOf(keychain.loadVaultKey()), "Your keyring is locked, so unlock it and try again.");
+    store.failNext(1, 2, SecretStoreFailure::Kind::noService);
+    EXPECT_EQ(failedWith(keychain.requireVaultKey()), Code::noKeyring);
 
     const KeyFile keyFile = KeyFile::parse(fastKeyFile(countingKey(9))).value();
     for (const std::string& attempt :
@@ -277,7 +289,7 @@ TEST(VaultKeychain, OneItemUnderFixedNamesLeftAloneByRefusalsAndWrongPassphrases
         Sealer::seal(counting(0, 31), PBKDF2::deriveKey(kPassphrase, keyFile.salt, 1000)->view()).value();
     EXPECT_EQ(failedWith(keychain.joinWithKeyFile(forged, kPassphrase)), Code::wrongPassphrase);
     store.failNext(1, -34018);
-    EXPECT_EQ(failedWith(keychain.joinWithKeyFile(keyFile, kPassphrase)), Code::keychain);
+    EXPECT_EQ(failedWith(keychain.joinWithKeyFile(keyFile, kPassphrase)), Code::keyringRefused);
     EXPECT_TRUE(keychain.requireVaultKey().value() == countingKey(2));
     EXPECT_TRUE(keychain.joinWithKeyFile(keyFile, kPassphrase).value() == countingKey(9));
     EXPECT_TRUE(keychain.requireVaultKey().value() == countingKey(9));
@@ -422,7 +434,7 @@ TEST(VaultFiles, EraseRemovesEverythingEvenWhenTheKeychainRefuses) {
         if (refuse) {
             store.failNext(1, -25300);
         }
-        EXPECT_EQ(messageOf(files.erase(keychain)), refuse ? "Keychain error -25300." : "(succeeded)");
+        EXPECT_EQ(failedWith(files.erase(keychain)), refuse ? std::optional(Code::keyringRefused) : std::nullopt);
         EXPECT_FALSE(files.hasDocument());
         EXPECT_FALSE(fileSystem.exists(kDirectory / "blobs"));
         EXPECT_FALSE(fs::exists(files.plainCopiesDirectory()));
