@@ -15,13 +15,9 @@ int main(int argc, char** argv) {
     corvale::SystemClock clock;
     // Each command is one short run that flushes before it returns, so nothing waits on a timer.
     corvale::ManualScheduler scheduler;
-    // App lock asks for the login password on the terminal. The authenticator
-    // takes it as a std::string, so the wiping buffer ends at that hand-over.
-    corvale::PamAuthenticator authenticator([](const std::string& reason) -> std::optional<std::string> {
-        auto password = corvale::promptOnTerminal(reason + ": your login password: ");
-        if (!password) return std::nullopt;
-        return std::string(password->text());
-    });
+    // App lock asks for the login password on the terminal; it stays in a wiping buffer all the way to PAM.
+    corvale::PamAuthenticator authenticator(
+        [](const std::string& reason) { return corvale::promptOnTerminal(reason + ": your login password: "); });
     auto setup = corvale::VaultStoreSetup::standard(files, secrets, clock, scheduler, authenticator);
     return corvale::runCommandLine(std::vector<std::string>(argv + 1, argv + argc), std::cin, std::cout, std::cerr,
                                    setup);
