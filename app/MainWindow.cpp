@@ -12,6 +12,7 @@
 #include "app/SessionWatcher.h"
 #include "app/SettingsPage.h"
 #include "app/StartProblemPage.h"
+#include "app/WindowBeacon.h"
 #include "app/Theme.h"
 #include "app/TodayPage.h"
 #include "app/WheelGuard.h"
@@ -143,6 +144,20 @@ MainWindow::MainWindow(const VaultStoreSetup& setup, const Requirements& require
     connect(m_problem, &StartProblemPage::restoreRequested, this, &MainWindow::restoreInsteadOfUnreadable);
     connect(m_problem, &StartProblemPage::joinRequested, this, &MainWindow::joinInsteadOfUnreadable);
     connect(m_problem, &StartProblemPage::eraseRequested, this, &MainWindow::eraseUnreadable);
+    m_beacon = new WindowBeacon(m_store->vaultDirectory(), this);
+    connect(m_beacon, &WindowBeacon::raiseRequested, this, [this] {
+        if (isMinimized()) showNormal();
+        raise();
+        activateWindow();
+    });
+    connect(m_problem, &StartProblemPage::forwardRequested, this, [this] {
+        // Once the holder is in front this window has nothing to offer; if it did not answer, retrying is left.
+        if (m_beacon->bringHolderForward()) {
+            close();
+            return;
+        }
+        m_problem->showProblem(message(VaultError::inUse()), false, false);
+    });
 
     m_idleTimer = new QTimer(this);
     m_idleTimer->setSingleShot(true);
@@ -187,6 +202,8 @@ void MainWindow::start() {
         return;
     }
     m_startFailed = false;
+    // This window holds the vault now, so another that finds it in use can bring this one forward.
+    (void)m_beacon->listen();
     refresh();
 }
 
@@ -196,7 +213,8 @@ void MainWindow::showStartProblem(const VaultError& error) {
     // disk that failed once may well work on the next try.
     const bool unreadable = error.code == Code::damaged || error.code == Code::badFormat;
     m_startFailed = true;
-    m_problem->showProblem(message(error), unreadable);
+    const bool holderAnswers = error.code == Code::inUse && m_beacon->holderAnswers();
+    m_problem->showProblem(message(error), unreadable, holderAnswers);
     m_pages->setCurrentWidget(m_problem);
 }
 

@@ -37,6 +37,7 @@ class Screen;
 class SessionWatcher;
 class SettingsPage;
 class StartProblemPage;
+class WindowBeacon;
 class TodayPage;
 
 class MainWindow : public QWidget {
@@ -74,6 +75,7 @@ public:
     SettingsPage* settingsPage() const { return m_settings; }
     QComboBox* personSwitcher() const { return m_person; }
     SessionWatcher* sessionWatcher() const { return m_session; }
+    WindowBeacon* beacon() const { return m_beacon; }
     QString statusText() const;
     // Whether some screen's editor holds changes not yet saved.
     bool hasUnsavedEdits() const;
@@ -122,6 +124,7 @@ private:
     QTimer* m_statusTimer = nullptr;
     QTimer* m_idleTimer = nullptr;
     SessionWatcher* m_session = nullptr;
+    WindowBeacon* m_beacon = nullptr;
     TodayPage* m_today = nullptr;
     LicensesPage* m_licenses = nullptr;
     CMEPage* m_cme = nullptr;

@@ -26,6 +26,8 @@ StartProblemPage::StartProblemPage(QWidget* parent) : QWidget(parent) {
     m_retry = new QPushButton(tr("Try again"), card);
     m_retry->setObjectName(QStringLiteral("primary"));
     m_retry->setDefault(true);
+    m_forward = new QPushButton(tr("Bring the other window forward"), card);
+    m_forward->setToolTip(tr("Show the Corvale window that has this vault open"));
     m_restore = new QPushButton(tr("Restore a backup…"), card);
     m_restore->setToolTip(tr("Replace the unreadable vault with a backup, once the backup is checked"));
     m_join = new QPushButton(tr("Join from another device…"), card);
@@ -33,6 +35,7 @@ StartProblemPage::StartProblemPage(QWidget* parent) : QWidget(parent) {
     m_erase = new QPushButton(tr("Erase this vault…"), card);
     m_erase->setToolTip(tr("Remove the unreadable vault and start over"));
     connect(m_retry, &QPushButton::clicked, this, &StartProblemPage::retryRequested);
+    connect(m_forward, &QPushButton::clicked, this, &StartProblemPage::forwardRequested);
     connect(m_restore, &QPushButton::clicked, this, &StartProblemPage::restoreRequested);
     connect(m_join, &QPushButton::clicked, this, &StartProblemPage::joinRequested);
     connect(m_erase, &QPushButton::clicked, this, &StartProblemPage::confirmErase);
@@ -42,6 +45,7 @@ StartProblemPage::StartProblemPage(QWidget* parent) : QWidget(parent) {
     cardLayout->setSpacing(12);
     cardLayout->addWidget(title);
     cardLayout->addWidget(m_message);
+    cardLayout->addWidget(m_forward, 0, Qt::AlignHCenter);
     cardLayout->addWidget(m_retry, 0, Qt::AlignHCenter);
     cardLayout->addWidget(m_restore, 0, Qt::AlignHCenter);
     cardLayout->addWidget(m_join, 0, Qt::AlignHCenter);
@@ -53,12 +57,16 @@ StartProblemPage::StartProblemPage(QWidget* parent) : QWidget(parent) {
     layout->addStretch(2);
 }
 
-void StartProblemPage::showProblem(const QString& message, bool unreadable) {
+void StartProblemPage::showProblem(const QString& message, bool unreadable, bool holderAnswers) {
     m_message->setText(message);
+    m_forward->setVisible(holderAnswers);
     m_restore->setVisible(unreadable);
     m_join->setVisible(unreadable);
     m_erase->setVisible(unreadable);
-    m_retry->setFocus();
+    if (holderAnswers)
+        m_forward->setFocus();
+    else
+        m_retry->setFocus();
 }
 
 QString StartProblemPage::message() const { return m_message->text(); }

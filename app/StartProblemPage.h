@@ -17,16 +17,19 @@ class StartProblemPage : public QWidget {
 public:
     explicit StartProblemPage(QWidget* parent = nullptr);
 
-    // `unreadable` when the vault file itself is damaged or not a vault.
-    void showProblem(const QString& message, bool unreadable);
+    // `unreadable` when the vault file itself is damaged or not a vault;
+    // `holderAnswers` when the window holding the vault can be brought forward.
+    void showProblem(const QString& message, bool unreadable, bool holderAnswers = false);
     QString message() const;
     QPushButton* retryButton() const { return m_retry; }
     QPushButton* restoreButton() const { return m_restore; }
     QPushButton* joinButton() const { return m_join; }
     QPushButton* eraseButton() const { return m_erase; }
+    QPushButton* forwardButton() const { return m_forward; }
 
 signals:
     void retryRequested();
+    void forwardRequested();
     void restoreRequested();
     void joinRequested();
     // Emitted only once the user has confirmed.
@@ -37,6 +40,7 @@ private:
 
     QLabel* m_message = nullptr;
     QPushButton* m_retry = nullptr;
+    QPushButton* m_forward = nullptr;
     QPushButton* m_restore = nullptr;
     QPushButton* m_join = nullptr;
     QPushButton* m_erase = nullptr;

@@ -9,6 +9,7 @@
 #include "app/OnboardingPage.h"
 #include "app/ProgressRing.h"
 #include "app/StartProblemPage.h"
+#include "app/WindowBeacon.h"
 #include "app/TodayPage.h"
 #include "app/UnsavedEdits.h"
 #include "cli/Commands.h"
@@ -30,6 +31,7 @@
 #include <QLineEdit>
 #include <QPushButton>
 #include <QTemporaryDir>
+#include <QSignalSpy>
 #include <QTest>
 #include <QTimer>
 
@@ -349,9 +351,30 @@ private slots:
             window.start();
             QCOMPARE(window.pageName(), QStringLiteral("problem"));
             QCOMPARE(window.startProblemPage()->message().toStdString(), VaultError::inUse().message());
+            // A command line holds it, not a window: there is nothing to bring forward.
+            QVERIFY(!window.startProblemPage()->forwardButton()->isVisibleTo(window.startProblemPage()));
             other.reset();
             QTest::mouseClick(window.startProblemPage()->retryButton(), Qt::LeftButton);
             QVERIFY(opened(window));
+        }
+        // Open in another Corvale window: that window comes forward and this one gives way.
+        {
+            MainWindow holder(device.setup(), rules());
+            holder.show();
+            holder.start();
+            QVERIFY(opened(holder));
+            QSignalSpy raised(holder.beacon(), &WindowBeacon::raiseRequested);
+            MainWindow window(device.setup(), rules());
+            window.show();
+            window.start();
+            QCOMPARE(window.pageName(), QStringLiteral("problem"));
+            QPushButton* forward = window.startProblemPage()->forwardButton();
+            QVERIFY(forward->isVisibleTo(window.startProblemPage()));
+            QCOMPARE(QApplication::focusWidget(), forward);
+            QTest::mouseClick(forward, Qt::LeftButton);
+            QCOMPARE(raised.count(), 1);
+            QVERIFY(!window.isVisible());
+            QVERIFY(holder.isVisible());
         }
         // A damaged vault file: joining replaces it, but only with a vault its key file opens...
         const std::filesystem::path vaultFile = "/support/Corvale/Vault/vault.pbv";
