@@ -477,12 +477,16 @@ void CredentialEditor::build() {
 
     auto* saveShortcut = new QShortcut(QKeySequence::Save, this, this, [this] { save(); });
     saveShortcut->setContext(Qt::WidgetWithChildrenShortcut);
+    saveShortcut->setWhatsThis(tr("Save the credential"));
     auto* cancelShortcut = new QShortcut(QKeySequence(Qt::Key_Escape), this, this, &CredentialEditor::cancel);
     cancelShortcut->setContext(Qt::WidgetWithChildrenShortcut);
+    cancelShortcut->setWhatsThis(tr("Stop editing the credential"));
     auto* removeStepShortcut = new QShortcut(QKeySequence::Delete, m_stepList, this, &CredentialEditor::removeStep);
     removeStepShortcut->setContext(Qt::WidgetShortcut);
+    removeStepShortcut->setWhatsThis(tr("Remove the selected renewal step"));
     auto* detachShortcut = new QShortcut(QKeySequence::Delete, m_documentList, this, &CredentialEditor::detachDocument);
     detachShortcut->setContext(Qt::WidgetShortcut);
+    detachShortcut->setWhatsThis(tr("Detach the selected document"));
     guardWheel(this);
 }
 

@@ -10,6 +10,7 @@
 #include "app/Screen.h"
 #include "app/SessionWatcher.h"
 #include "app/SettingsPage.h"
+#include "app/ShortcutList.h"
 #include "app/Theme.h"
 #include "app/TodayPage.h"
 #include "app/WheelGuard.h"
@@ -144,6 +145,7 @@ MainWindow::MainWindow(const VaultStoreSetup& setup, const Requirements& require
     auto* lockNow = new QShortcut(QKeySequence(Qt::CTRL | Qt::Key_L), m_shell);
     lockNow->setWhatsThis(tr("Lock the vault"));
     connect(lockNow, &QShortcut::activated, this, &MainWindow::lockIfEnabled);
+    installShortcutList(this);
     m_session = new SessionWatcher(this);
     connect(m_session, &SessionWatcher::sessionLocked, this, &MainWindow::lockIfEnabled);
 
