@@ -12,14 +12,31 @@ namespace {
 
 QString rawStyleSheet();
 
+// A style sheet stops the window's palette reaching its inputs, and Qt 6.4's
+// sheets cannot name the placeholder's colour, so each input is given it.
+void themePlaceholder(QWidget* widget) {
+    if (!widget->inherits("QLineEdit") && !widget->inherits("QPlainTextEdit") && !widget->inherits("QTextEdit")) return;
+    QPalette palette = widget->palette();
+    const QColor color = themeColor(ColorRole::placeholder, desktopIsDark());
+    if (palette.color(QPalette::PlaceholderText) == color) return;
+    palette.setColor(QPalette::PlaceholderText, color);
+    widget->setPalette(palette);
+}
+
 // Repaints the window in the desktop's new scheme when the desktop switches.
 class SchemeFollower : public QObject {
 public:
     using QObject::QObject;
     bool eventFilter(QObject* watched, QEvent* event) override {
         // The application hears of a new desktop palette even before its event loop runs.
-        if (watched == qApp && event->type() == QEvent::ApplicationPaletteChange)
-            applyTheme(static_cast<QWidget*>(parent()));
+        auto* window = static_cast<QWidget*>(parent());
+        if (watched == qApp && event->type() == QEvent::ApplicationPaletteChange) {
+            applyTheme(window);
+            for (auto* child : window->findChildren<QWidget*>()) themePlaceholder(child);
+        } else if (event->type() == QEvent::Polish && watched->isWidgetType()) {
+            auto* widget = static_cast<QWidget*>(watched);
+            if (widget->window() == window) themePlaceholder(widget);
+        }
         return false;
     }
 };

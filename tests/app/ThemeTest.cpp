@@ -131,6 +131,10 @@ private slots:
             QCOMPARE(window.palette().color(QPalette::Text), themeColor(ColorRole::text, true));
             // The theme's highlight, not the desktop's white one under white text.
             QCOMPARE(window.palette().color(QPalette::Highlight), themeColor(ColorRole::selection, true));
+            // Controls inside draw with it too: a placeholder in the theme's colour, not the desktop's.
+            auto* edit = window.findChild<QLineEdit*>();
+            QVERIFY(edit);
+            QCOMPARE(edit->palette().color(QPalette::PlaceholderText), themeColor(ColorRole::placeholder, true));
         }
         QCOMPARE(window.palette().color(QPalette::Window), themeColor(ColorRole::window, false));
     }
