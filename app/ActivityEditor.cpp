@@ -276,9 +276,11 @@ ActivityEditor::ActivityEditor(AppContext& context, QWidget* parent)
 
     auto* saveKey = new QShortcut(QKeySequence::Save, this);
     saveKey->setContext(Qt::WidgetWithChildrenShortcut);
+    saveKey->setWhatsThis(tr("Save the activity"));
     connect(saveKey, &QShortcut::activated, this, &ActivityEditor::save);
     auto* cancelKey = new QShortcut(QKeySequence(Qt::Key_Escape), this);
     cancelKey->setContext(Qt::WidgetWithChildrenShortcut);
+    cancelKey->setWhatsThis(tr("Stop editing the activity"));
     connect(cancelKey, &QShortcut::activated, this, &ActivityEditor::cancel);
 
     connect(saveButton, &QPushButton::clicked, this, &ActivityEditor::save);

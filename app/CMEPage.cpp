@@ -249,9 +249,11 @@ CMEPage::CMEPage(AppContext& context, QWidget* parent) : Screen(context, parent)
 
     auto* newKey = new QShortcut(QKeySequence::New, this);
     newKey->setContext(Qt::WidgetWithChildrenShortcut);
+    newKey->setWhatsThis(tr("Log a CME activity"));
     connect(newKey, &QShortcut::activated, this, [this] { logActivity(); });
     auto* deleteKey = new QShortcut(QKeySequence::Delete, m_view);
     deleteKey->setContext(Qt::WidgetShortcut);
+    deleteKey->setWhatsThis(tr("Delete the selected activity"));
     connect(deleteKey, &QShortcut::activated, this, [this] {
         const QModelIndex current = m_view->currentIndex();
         if (current.isValid()) deleteActivity(current.data(ActivityListModel::IdRole).toString());

@@ -246,8 +246,8 @@ void CredentialEditor::build() {
     m_main->addRow(tr("Title"), withError(m_title, tr("Title")));
     m_main->addRow(tr("State"), m_stateRow);
     m_main->addRow(tr("Number"), m_number);
-    m_main->addRow(tr("Issued on"), withError(m_issued, tr("Issued on")));
-    m_main->addRow(tr("Expires on"), expiresBox);
+    m_main->addRow(tr("Issued on (YYYY-MM-DD)"), withError(m_issued, tr("Issued on")));
+    m_main->addRow(tr("Expires on (YYYY-MM-DD)"), expiresBox);
     m_main->addRow(tr("Status"), m_status);
     m_main->addRow(tr("Issuer"), m_issuer);
 
@@ -315,7 +315,7 @@ void CredentialEditor::build() {
     m_cycleStart->setToolTip(
         tr("The month this license's education cycle starts, when the board counts from a date of its own"));
     m_hoursOverride = lineEdit(tr("CME hours override"), tr("The state's rule when empty"), content);
-    form->addRow(tr("Cycle starts"), withError(m_cycleStart, tr("CME cycle start")));
+    form->addRow(tr("Cycle starts (YYYY-MM)"), withError(m_cycleStart, tr("CME cycle start")));
     form->addRow(tr("Hours required"), withError(m_hoursOverride, tr("CME hours override")));
     sections->addWidget(m_cycleSection);
 
@@ -477,12 +477,16 @@ void CredentialEditor::build() {
 
     auto* saveShortcut = new QShortcut(QKeySequence::Save, this, this, [this] { save(); });
     saveShortcut->setContext(Qt::WidgetWithChildrenShortcut);
+    saveShortcut->setWhatsThis(tr("Save the credential"));
     auto* cancelShortcut = new QShortcut(QKeySequence(Qt::Key_Escape), this, this, &CredentialEditor::cancel);
     cancelShortcut->setContext(Qt::WidgetWithChildrenShortcut);
+    cancelShortcut->setWhatsThis(tr("Stop editing the credential"));
     auto* removeStepShortcut = new QShortcut(QKeySequence::Delete, m_stepList, this, &CredentialEditor::removeStep);
     removeStepShortcut->setContext(Qt::WidgetShortcut);
+    removeStepShortcut->setWhatsThis(tr("Remove the selected renewal step"));
     auto* detachShortcut = new QShortcut(QKeySequence::Delete, m_documentList, this, &CredentialEditor::detachDocument);
     detachShortcut->setContext(Qt::WidgetShortcut);
+    detachShortcut->setWhatsThis(tr("Detach the selected document"));
     guardWheel(this);
 }
 

@@ -7,6 +7,7 @@
 #include "requirements/CredentialRenewal.h"
 
 #include "app/Theme.h"
+#include "app/ThemeColors.h"
 
 #include <QFont>
 #include <QIcon>
@@ -76,8 +77,9 @@ QColor colorOf(Urgency urgency) {
 }
 
 const QIcon& dot(Urgency urgency) {
-    static std::array<QIcon, 5> icons;
-    QIcon& icon = icons[static_cast<std::size_t>(urgency)];
+    // One set per scheme: the desktop may switch while the app runs.
+    static std::array<std::array<QIcon, 5>, 2> icons;
+    QIcon& icon = icons[desktopIsDark() ? 1 : 0][static_cast<std::size_t>(urgency)];
     if (icon.isNull()) {
         QPixmap pixmap(20, 20);
         pixmap.fill(Qt::transparent);
@@ -85,7 +87,7 @@ const QIcon& dot(Urgency urgency) {
         painter.setRenderHint(QPainter::Antialiasing);
         painter.setPen(Qt::NoPen);
         const QColor color = colorOf(urgency);
-        painter.setBrush(color.isValid() ? color : QColor(0x8a, 0x94, 0xa0));
+        painter.setBrush(color.isValid() ? color : themeColor(ColorRole::neutral));
         painter.drawEllipse(QRectF(4, 4, 12, 12));
         painter.end();
         icon = QIcon(pixmap);

@@ -194,14 +194,18 @@ LicensesPage::LicensesPage(AppContext& context, QWidget* parent) : Screen(contex
 
     auto* newShortcut = new QShortcut(QKeySequence::New, this, this, &LicensesPage::newCredential);
     newShortcut->setContext(Qt::WindowShortcut);
+    newShortcut->setWhatsThis(tr("Add a credential"));
     auto* deleteShortcut = new QShortcut(QKeySequence::Delete, m_view, this, &LicensesPage::deleteCurrent);
     deleteShortcut->setContext(Qt::WidgetShortcut);
+    deleteShortcut->setWhatsThis(tr("Delete the selected credential"));
     m_undoShortcut = new QShortcut(QKeySequence::Undo, this, this, &LicensesPage::undoDelete);
     m_undoShortcut->setEnabled(false);
-    new QShortcut(QKeySequence::Find, this, this, [this] {
+    m_undoShortcut->setWhatsThis(tr("Undo a deletion"));
+    auto* findShortcut = new QShortcut(QKeySequence::Find, this, this, [this] {
         m_search->setFocus();
         m_search->selectAll();
     });
+    findShortcut->setWhatsThis(tr("Search the credentials"));
 
     setTabOrder(m_search, m_grouping);
     setTabOrder(m_grouping, m_delete);

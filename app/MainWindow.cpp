@@ -11,6 +11,7 @@
 #include "app/SecretField.h"
 #include "app/SessionWatcher.h"
 #include "app/SettingsPage.h"
+#include "app/ShortcutList.h"
 #include "app/StartProblemPage.h"
 #include "app/WindowBeacon.h"
 #include "app/Theme.h"
@@ -62,7 +63,7 @@ MainWindow::MainWindow(const VaultStoreSetup& setup, const Requirements& require
     setObjectName(QStringLiteral("appWindow"));
     setAttribute(Qt::WA_StyledBackground, true);
     setWindowTitle(QStringLiteral("Corvale"));
-    setStyleSheet(appStyleSheet());
+    applyTheme(this);
     setMinimumSize(900, 600);
     resize(1280, 800);
 
@@ -165,7 +166,9 @@ MainWindow::MainWindow(const VaultStoreSetup& setup, const Requirements& require
     qApp->installEventFilter(this);
     guardWheel(this);
     auto* lockNow = new QShortcut(QKeySequence(Qt::CTRL | Qt::Key_L), m_shell);
+    lockNow->setWhatsThis(tr("Lock the vault"));
     connect(lockNow, &QShortcut::activated, this, &MainWindow::lockIfEnabled);
+    installShortcutList(this);
     m_session = new SessionWatcher(this);
     connect(m_session, &SessionWatcher::sessionLocked, this, &MainWindow::lockIfEnabled);
 
@@ -186,6 +189,7 @@ void MainWindow::addScreen(const QString& name, const QString& title, QWidget* p
     // Ctrl+1, Ctrl+2... in sidebar order.
     const int row = m_sidebar->count() - 1;
     auto* jump = new QShortcut(QKeySequence(Qt::CTRL | static_cast<Qt::Key>(Qt::Key_1 + row)), m_shell);
+    jump->setWhatsThis(tr("Go to %1").arg(title));
     connect(jump, &QShortcut::activated, this, [this, row] { m_sidebar->setCurrentRow(row); });
     m_sidebar->item(row)->setToolTip(tr("%1 (Ctrl+%2)").arg(title).arg(row + 1));
     if (auto* screen = qobject_cast<Screen*>(page)) {

@@ -221,12 +221,14 @@ ProfilePage::ProfilePage(AppContext& context, QWidget* parent) : Screen(context,
 
     auto* saveShortcut = new QShortcut(QKeySequence::Save, this);
     saveShortcut->setContext(Qt::WidgetWithChildrenShortcut);
+    saveShortcut->setWhatsThis(tr("Save the profile"));
     connect(saveShortcut, &QShortcut::activated, this, [this] {
         if (m_save->isEnabled()) save();
     });
     // In a text field, Ctrl+Z undoes typing first, as everywhere else.
     auto* undoShortcut = new QShortcut(QKeySequence::Undo, this);
     undoShortcut->setContext(Qt::WidgetWithChildrenShortcut);
+    undoShortcut->setWhatsThis(tr("Undo the last profile change"));
     connect(undoShortcut, &QShortcut::activated, this, [this] {
         if (m_undo->isEnabled()) undo();
     });
@@ -430,9 +432,11 @@ QFrame* ProfilePage::buildWorkHistory(QWidget* content) {
         connect(field, &QLineEdit::returnPressed, this, &ProfilePage::saveWork);
     auto* closeWork = new QShortcut(QKeySequence::Cancel, m_workForm);
     closeWork->setContext(Qt::WidgetWithChildrenShortcut);
+    closeWork->setWhatsThis(tr("Close the form"));
     connect(closeWork, &QShortcut::activated, this, [this] { m_workForm->setVisible(false); });
     auto* removeKey = new QShortcut(QKeySequence::Delete, m_workTable);
     removeKey->setContext(Qt::WidgetShortcut);
+    removeKey->setWhatsThis(tr("Remove the selected row"));
     connect(removeKey, &QShortcut::activated, this, &ProfilePage::removeWork);
     return frame;
 }
@@ -539,9 +543,11 @@ QFrame* ProfilePage::buildFacilities(QWidget* content) {
         connect(field, &QLineEdit::returnPressed, this, &ProfilePage::saveFacility);
     auto* closeFacility = new QShortcut(QKeySequence::Cancel, m_facilityForm);
     closeFacility->setContext(Qt::WidgetWithChildrenShortcut);
+    closeFacility->setWhatsThis(tr("Close the form"));
     connect(closeFacility, &QShortcut::activated, this, [this] { m_facilityForm->setVisible(false); });
     auto* removeKey = new QShortcut(QKeySequence::Delete, m_facilityTable);
     removeKey->setContext(Qt::WidgetShortcut);
+    removeKey->setWhatsThis(tr("Remove the selected row"));
     connect(removeKey, &QShortcut::activated, this, &ProfilePage::removeFacility);
     return frame;
 }

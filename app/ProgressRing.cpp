@@ -1,6 +1,7 @@
 #include "app/ProgressRing.h"
 
 #include "app/Theme.h"
+#include "app/ThemeColors.h"
 
 #include <QPainter>
 #include <QPainterPath>
@@ -28,7 +29,7 @@ void ProgressRing::paintEvent(QPaintEvent*) {
     const double thickness = std::max(4.0, m_diameter / 11.0);
     const QRectF bounds = QRectF(rect()).adjusted(thickness / 2, thickness / 2, -thickness / 2, -thickness / 2);
 
-    QPen track(palette().color(QPalette::Midlight), thickness, Qt::SolidLine, Qt::RoundCap);
+    QPen track(themeColor(ColorRole::divider), thickness, Qt::SolidLine, Qt::RoundCap);
     painter.setPen(track);
     painter.drawEllipse(bounds);
     if (m_share > 0) {
@@ -42,7 +43,7 @@ void ProgressRing::paintEvent(QPaintEvent*) {
     font.setPixelSize(std::max(10, static_cast<int>(m_diameter / (m_centre.size() > 2 ? 4.5 : 3.0))));
     font.setWeight(QFont::DemiBold);
     painter.setFont(font);
-    painter.setPen(palette().color(QPalette::WindowText));
+    painter.setPen(themeColor(ColorRole::text));
     painter.drawText(rect(), Qt::AlignCenter, m_centre);
 }
 

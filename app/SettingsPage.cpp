@@ -139,6 +139,7 @@ SettingsPage::SettingsPage(AppContext& context, QWidget* parent) : Screen(contex
     for (QFrame* panel : content->findChildren<QFrame*>(QStringLiteral("inset"))) {
         auto* close = new QShortcut(QKeySequence::Cancel, panel);
         close->setContext(Qt::WidgetWithChildrenShortcut);
+        close->setWhatsThis(tr("Close the panel"));
         connect(close, &QShortcut::activated, this, &SettingsPage::closePanels);
     }
 

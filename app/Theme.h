@@ -1,6 +1,6 @@
 #pragma once
-// The app's look: one accent over the system palette, so light and dark
-// appearance follow the desktop.
+// The app's look, drawn from the theme table in ThemeColors.h: light or dark
+// as the desktop is.
 
 #include <QColor>
 #include <QFont>
@@ -11,7 +11,12 @@ class QWidget;
 
 namespace corvale::app {
 
+// The sheet in the desktop's scheme now, or in the one asked for.
 QString appStyleSheet();
+QString appStyleSheet(bool dark);
+// Gives a window the theme's palette and sheet, and keeps them in step with
+// the desktop's scheme when it switches.
+void applyTheme(QWidget* window);
 
 // Status colours: settled, needs attention soon, needs attention now.
 QColor goodColor();

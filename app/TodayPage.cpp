@@ -4,6 +4,7 @@
 
 #include "app/ProgressRing.h"
 #include "app/Theme.h"
+#include "app/ThemeColors.h"
 #include "requirements/CredentialRenewal.h"
 #include "requirements/USState.h"
 
@@ -69,8 +70,11 @@ QWidget* deductionRow(const StandingScore::Deduction& deduction, TodayPage* page
     points->setFixedWidth(44);
     points->setAlignment(Qt::AlignRight | Qt::AlignTop);
     scaleFont(points, 1.1, QFont::DemiBold);
-    points->setStyleSheet(QStringLiteral("color: %1;").arg(
-        (deduction.thisMonth ? alertColor() : deduction.points >= 5 ? warnColor() : QColor(0x61, 0x6e, 0x7c)).name()));
+    points->setStyleSheet(QStringLiteral("color: %1;")
+                              .arg((deduction.thisMonth     ? alertColor()
+                                    : deduction.points >= 5 ? warnColor()
+                                                            : themeColor(ColorRole::neutral))
+                                       .name()));
     QString heading = text(deduction.title);
     if (deduction.person) heading += QStringLiteral(" · ") + text(*deduction.person);
     auto* title = makeLabel(heading, "deductionTitle", row);
@@ -89,7 +93,8 @@ QWidget* deductionRow(const StandingScore::Deduction& deduction, TodayPage* page
     fix->setAccessibleName(fixLabel(deduction.fix.action) + QStringLiteral(": ") + text(deduction.title));
     const QString action = text(std::string(rawValue(deduction.fix.action)));
     const QString recordId = text(deduction.fix.recordId);
-    QObject::connect(fix, &QPushButton::clicked, page, [page, action, recordId] { emit page->fixRequested(action, recordId); });
+    QObject::connect(fix, &QPushButton::clicked, page,
+                     [page, action, recordId] { emit page->fixRequested(action, recordId); });
     layout->addWidget(fix, 0, Qt::AlignTop);
     return row;
 }
@@ -108,10 +113,10 @@ QWidget* licenceRow(const StateProgress& progress) {
     auto* ring = new ProgressRing(48, row);
     ring->setValue(progress.ringFraction(), QStringLiteral("%1%").arg(std::lround(progress.ringFraction() * 100)));
     ring->setAccessibleName(QObject::tr("%1 cycle progress").arg(state));
-    auto* title = makeLabel(state + QStringLiteral(" · ") +
-                                QString::fromStdString(progress.cycleStart.shortFormatted() + " – " +
-                                                       progress.cycleEnd.shortFormatted()),
-                            "licenceTitle", row);
+    auto* title = makeLabel(
+        state + QStringLiteral(" · ") +
+            QString::fromStdString(progress.cycleStart.shortFormatted() + " – " + progress.cycleEnd.shortFormatted()),
+        "licenceTitle", row);
     scaleFont(title, 1.0, QFont::DemiBold);
     auto* words = new QVBoxLayout;
     words->setSpacing(2);
@@ -121,7 +126,8 @@ QWidget* licenceRow(const StateProgress& progress) {
     if (!open.empty()) {
         QStringList names;
         for (const auto& line : open) names << text(line.name);
-        words->addWidget(makeLabel(QObject::tr("Still open: %1").arg(names.join(QStringLiteral(", "))), "caption", row));
+        words->addWidget(
+            makeLabel(QObject::tr("Still open: %1").arg(names.join(QStringLiteral(", "))), "caption", row));
     }
     if (const auto caveat = progress.caveat()) words->addWidget(makeLabel(text(*caveat), "footnote", row));
     auto* layout = new QHBoxLayout(row);
@@ -191,7 +197,8 @@ void TodayPage::display(const Readiness& readiness, const Day& today) {
 
     clear(m_deductions);
     for (const auto& deduction : score.deductions) m_deductions->addWidget(deductionRow(deduction, this));
-    if (score.deductions.empty()) m_deductions->addWidget(makeLabel(tr("Nothing is costing you points."), "detail", nullptr));
+    if (score.deductions.empty())
+        m_deductions->addWidget(makeLabel(tr("Nothing is costing you points."), "detail", nullptr));
 
     clear(m_renewals);
     auto credentials = readiness.input.active();
@@ -208,7 +215,8 @@ void TodayPage::display(const Readiness& readiness, const Day& today) {
         if (isRenewalFiled(*credential)) line += tr(", renewal filed");
         m_renewals->addWidget(makeLabel(line, "detail", nullptr));
     }
-    if (credentials.empty()) m_renewals->addWidget(makeLabel(tr("No renewals due in the next 90 days."), "detail", nullptr));
+    if (credentials.empty())
+        m_renewals->addWidget(makeLabel(tr("No renewals due in the next 90 days."), "detail", nullptr));
 
     clear(m_licences);
     for (const auto& progress : readiness.progress) m_licences->addWidget(licenceRow(progress));

@@ -94,7 +94,7 @@ public:
     StyledWindow() {
         setObjectName(QStringLiteral("appWindow"));
         setAttribute(Qt::WA_StyledBackground, true);
-        setStyleSheet(appStyleSheet());
+        applyTheme(this);
         m_layout = new QVBoxLayout(this);
         m_layout->setContentsMargins(0, 0, 0, 0);
     }
@@ -108,8 +108,8 @@ private:
     QVBoxLayout* m_layout = nullptr;
 };
 
-inline void screenshot(QWidget& widget, const QString& name) {
-    widget.resize(1280, 800);
+inline void screenshot(QWidget& widget, const QString& name, QSize size = {1280, 800}) {
+    widget.resize(size);
     // Rows added to a visible layout show themselves on the next turn of the event loop.
     QTest::qWait(50);
     QDir().mkpath(QStringLiteral(CORVALE_SCREENSHOT_DIR));

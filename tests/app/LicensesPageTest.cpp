@@ -237,6 +237,29 @@ private slots:
         QVERIFY(page.editor()->credentialId().isEmpty());
     }
 
+    // A hint inside an empty field vanishes once typing starts; the label keeps the form in sight.
+    void dateFieldsShowTheirFormInTheirLabel() {
+        OpenVault vault;
+        testing::fillSampleVault(vault.store);
+        LicensesPage page(vault.context);
+        page.reload();
+        page.editCredential(idOf(vault.store, "stateLicense", std::string("CA")));
+        CredentialEditor& editor = *page.editor();
+        int dated = 0;
+        for (auto* edit : editor.findChildren<QLineEdit*>()) {
+            if (!edit->placeholderText().startsWith(QStringLiteral("YYYY"))) continue;
+            ++dated;
+            const QString form = QStringLiteral("(%1)").arg(edit->placeholderText());
+            const auto labels = editor.findChildren<QLabel*>();
+            const bool labelled = std::any_of(labels.begin(), labels.end(), [&](const QLabel* label) {
+                return label->text().contains(form) && label->buddy() &&
+                       (label->buddy() == edit || label->buddy()->isAncestorOf(edit));
+            });
+            QVERIFY2(labelled, qPrintable(edit->accessibleName()));
+        }
+        QCOMPARE(dated, 3);
+    }
+
     void theEditorChecksTheStateAndDatesAndProposesAnExpiry() {
         OpenVault vault;
         testing::fillSampleVault(vault.store);
