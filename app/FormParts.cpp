@@ -3,6 +3,7 @@
 #include "app/Theme.h"
 
 #include <QFrame>
+#include <QHBoxLayout>
 #include <QLabel>
 #include <QLineEdit>
 #include <QVBoxLayout>
@@ -43,6 +44,17 @@ QFrame* card(const QString& heading, const QString& caption, QWidget* parent, QV
     body->addWidget(title);
     if (!caption.isEmpty()) body->addWidget(makeLabel(caption, "caption", frame));
     return frame;
+}
+
+void centreCard(QWidget* page, QWidget* card) {
+    auto* row = new QHBoxLayout;
+    row->addStretch(1);
+    row->addWidget(card);
+    row->addStretch(1);
+    auto* layout = new QVBoxLayout(page);
+    layout->addStretch(1);
+    layout->addLayout(row);
+    layout->addStretch(2);
 }
 
 }  // namespace corvale::app

@@ -25,4 +25,9 @@ QString notOnTheCalendar(const QString& typed);
 // A titled card with an optional caption; `body` receives the layout to fill.
 QFrame* card(const QString& heading, const QString& caption, QWidget* parent, QVBoxLayout*& body);
 
+// Lays a fixed-width card out in the middle of `page`, a little above centre.
+// A row of stretches centres it rather than an alignment flag, which would
+// size the card by its unwrapped text and clip wrapped sentences.
+void centreCard(QWidget* page, QWidget* card);
+
 }  // namespace corvale::app

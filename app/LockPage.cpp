@@ -1,5 +1,6 @@
 #include "app/LockPage.h"
 
+#include "app/FormParts.h"
 #include "app/Theme.h"
 
 #include <QFrame>
@@ -45,10 +46,7 @@ LockPage::LockPage(QWidget* parent) : QWidget(parent) {
     cardLayout->addWidget(m_error);
     cardLayout->addWidget(m_unlock, 0, Qt::AlignHCenter);
 
-    auto* layout = new QVBoxLayout(this);
-    layout->addStretch(1);
-    layout->addWidget(card, 0, Qt::AlignHCenter);
-    layout->addStretch(2);
+    centreCard(this, card);
 }
 
 SecureBytes takePassword(QInputDialog& dialog) {

@@ -1,5 +1,6 @@
 #include "app/StartProblemPage.h"
 
+#include "app/FormParts.h"
 #include "app/Theme.h"
 
 #include <QFrame>
@@ -51,10 +52,7 @@ StartProblemPage::StartProblemPage(QWidget* parent) : QWidget(parent) {
     cardLayout->addWidget(m_join, 0, Qt::AlignHCenter);
     cardLayout->addWidget(m_erase, 0, Qt::AlignHCenter);
 
-    auto* layout = new QVBoxLayout(this);
-    layout->addStretch(1);
-    layout->addWidget(card, 0, Qt::AlignHCenter);
-    layout->addStretch(2);
+    centreCard(this, card);
 }
 
 void StartProblemPage::showProblem(const QString& message, bool unreadable, bool holderAnswers) {

@@ -108,12 +108,24 @@ private:
     QVBoxLayout* m_layout = nullptr;
 };
 
+// A wrapped sentence squeezed into less height than its lines need is cut off mid-line.
+inline QStringList clippedSentences(QWidget& root) {
+    QStringList clipped;
+    for (auto* label : root.findChildren<QLabel*>()) {
+        if (!label->isVisible() || !label->wordWrap() || label->text().isEmpty()) continue;
+        if (label->height() < label->heightForWidth(label->width())) clipped << label->text();
+    }
+    return clipped;
+}
+
 inline void screenshot(QWidget& widget, const QString& name, QSize size = {1280, 800}) {
     widget.resize(size);
     // Rows added to a visible layout show themselves on the next turn of the event loop.
     QTest::qWait(50);
     QDir().mkpath(QStringLiteral(CORVALE_SCREENSHOT_DIR));
     QVERIFY(widget.grab().save(QStringLiteral(CORVALE_SCREENSHOT_DIR "/%1.png").arg(name)));
+    const QStringList clipped = clippedSentences(widget);
+    QVERIFY2(clipped.isEmpty(), qPrintable(name + QStringLiteral(" cuts off: ") + clipped.join(QStringLiteral(" | "))));
 }
 
 template <class Widget>
