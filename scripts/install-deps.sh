@@ -9,7 +9,7 @@ packages=(
   libgtest-dev libgmock-dev libbenchmark-dev
   libssl-dev libsecret-1-dev libglib2.0-dev
   libsimdjson-dev libcli11-dev libdeflate-dev libpam0g-dev
-  gnome-keyring dbus libsecret-tools
+  gnome-keyring dbus libsecret-tools procps
   qt6-base-dev qt6-base-dev-tools libgl-dev xvfb xauth
 )
 

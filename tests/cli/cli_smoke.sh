@@ -50,6 +50,18 @@ set +e
 if [ -x "$app" ]; then
   QT_QPA_PLATFORM=offscreen timeout 3 "$corvale" >/dev/null 2>&1
   check "no command opens the app, which runs until stopped" 124 $?
+  # Started on its own with core files allowed, the app still refuses them once it runs.
+  (ulimit -S -c unlimited; QT_QPA_PLATFORM=offscreen exec timeout 3 "$app" >/dev/null 2>&1) &
+  opener=$!
+  app_pid=""
+  for _ in $(seq 60); do
+    app_pid=$(pgrep -n -f "^$app" || true)
+    [ -n "$app_pid" ] && [ -r "/proc/$app_pid/limits" ] && break
+    sleep 0.05
+  done
+  sleep 0.5
+  check "the app writes no core file" "0 0" "$(awk '/^Max core file size/ {print $5, $6}' "/proc/$app_pid/limits")"
+  wait "$opener"
 else
   message=$("$corvale" 2>&1 >/dev/null)
   check "no command without the app" 1 $?
