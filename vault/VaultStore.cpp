@@ -398,37 +398,9 @@ Result<void, VaultError> VaultStore::exportKeyFile(const std::filesystem::path& 
     return {};
 }
 
-Result<void, VaultError> VaultStore::join(const std::filesystem::path& folder, std::string_view passphrase) {
-    if (auto started = start(); !started) return started;
-    if (m_phase == VaultPhase::ready || m_phase == VaultPhase::locked) return fail(VaultError::vaultExists());
-
+Result<VaultStore::JoinFolder, VaultError> VaultStore::readJoinFolder(const std::filesystem::path& folder,
+                                                                      std::string_view passphrase) const {
     // The folder may be shared with others: nothing in it is followed or trusted by its name alone.
-    auto keyText = m_setup.files.readRegularFile(folder / kKeyFileName, VaultFiles::kKeyFileMaxBytes);
-    if (!keyText) return storageFailure(keyText.error());
-    auto keyFile = KeyFile::parse(asText(*keyText));
-    if (!keyFile) return fail(keyFile.error());
-    auto key = keyFile->open(passphrase);
-    if (!key) return fail(key.error());
-    auto sealed = m_setup.files.readRegularFile(folder / VaultFiles::kDocumentFileName, VaultFiles::kDocumentMaxBytes);
-    if (!sealed) return storageFailure(sealed.error());
-    std::set<std::string> blobs;
-    {
-        auto plain = Sealer::open(*sealed, key->view(), kJSONReadPadding);
-        if (!plain) return fail(plain.error());
-        auto document = decodeVaultDocument(std::move(*plain));
-        if (!document) return fail(VaultError::badFormat());
-        blobs = VaultFiles::referencedBlobs(*document);
-    }
-    const auto blobsFolder = folder / VaultFiles::kBlobsFolderName;
-    return install(std::move(key).value(), *sealed, blobs, [&](const std::string& hash) -> Result<Bytes, VaultError> {
-        auto blob =
-            m_setup.files.readRegularFile(blobsFolder / VaultFiles::blobFileName(hash), VaultFiles::kBlobMaxBytes);
-        if (!blob) return storageFailure(blob.error());
-        return std::move(blob).value();
-    });
-}
-
-Result<void, VaultError> VaultStore::checkJoin(const std::filesystem::path& folder, std::string_view passphrase) const {
     auto keyText = m_setup.files.readRegularFile(folder / kKeyFileName, VaultFiles::kKeyFileMaxBytes);
     if (!keyText) return storageFailure(keyText.error());
     auto keyFile = KeyFile::parse(asText(*keyText));
@@ -439,7 +411,30 @@ Result<void, VaultError> VaultStore::checkJoin(const std::filesystem::path& fold
     if (!sealed) return storageFailure(sealed.error());
     auto plain = Sealer::open(*sealed, key->view(), kJSONReadPadding);
     if (!plain) return fail(plain.error());
-    if (!decodeVaultDocument(std::move(*plain))) return fail(VaultError::badFormat());
+    auto document = decodeVaultDocument(std::move(*plain));
+    if (!document) return fail(VaultError::badFormat());
+    return JoinFolder{std::move(key).value(), std::move(sealed).value(), VaultFiles::referencedBlobs(*document)};
+}
+
+Result<void, VaultError> VaultStore::join(const std::filesystem::path& folder, std::string_view passphrase) {
+    if (auto started = start(); !started) return started;
+    if (m_phase == VaultPhase::ready || m_phase == VaultPhase::locked) return fail(VaultError::vaultExists());
+
+    auto joining = readJoinFolder(folder, passphrase);
+    if (!joining) return fail(joining.error());
+    const auto blobsFolder = folder / VaultFiles::kBlobsFolderName;
+    return install(std::move(joining->key), joining->sealedDocument, joining->blobs,
+                   [&](const std::string& hash) -> Result<Bytes, VaultError> {
+                       auto blob = m_setup.files.readRegularFile(blobsFolder / VaultFiles::blobFileName(hash),
+                                                                 VaultFiles::kBlobMaxBytes);
+                       if (!blob) return storageFailure(blob.error());
+                       return std::move(blob).value();
+                   });
+}
+
+Result<void, VaultError> VaultStore::checkJoin(const std::filesystem::path& folder, std::string_view passphrase) const {
+    auto joining = readJoinFolder(folder, passphrase);
+    if (!joining) return fail(joining.error());
     return {};
 }
 

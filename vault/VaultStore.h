@@ -175,6 +175,14 @@ private:
         SecureBytes key, const Bytes& sealedDocument, const std::set<std::string>& blobs,
         const std::function<Result<Bytes, VaultError>(const std::string& hash)>& sealedBlob);
     Result<void, VaultError> restoreFrom(const std::filesystem::path& archive, std::string_view passphrase);
+    // What a join folder holds once its key file opened and its document decoded.
+    struct JoinFolder {
+        SecureBytes key;
+        Bytes sealedDocument;
+        std::set<std::string> blobs;  // the hashes the document refers to
+    };
+    Result<JoinFolder, VaultError> readJoinFolder(const std::filesystem::path& folder,
+                                                  std::string_view passphrase) const;
     std::filesystem::path stagingDirectory() const;
     void scheduleSave();
     // Writes the document now and notes whether it worked.

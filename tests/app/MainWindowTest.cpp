@@ -370,7 +370,7 @@ private slots:
             QCOMPARE(window.pageName(), QStringLiteral("problem"));
             QPushButton* forward = window.startProblemPage()->forwardButton();
             QVERIFY(forward->isVisibleTo(window.startProblemPage()));
-            QCOMPARE(QApplication::focusWidget(), forward);
+            QCOMPARE(window.focusWidget(), forward);
             QTest::mouseClick(forward, Qt::LeftButton);
             QCOMPARE(raised.count(), 1);
             QVERIFY(!window.isVisible());
