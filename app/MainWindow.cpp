@@ -13,10 +13,10 @@
 #include "app/SettingsPage.h"
 #include "app/ShortcutList.h"
 #include "app/StartProblemPage.h"
-#include "app/WindowBeacon.h"
 #include "app/Theme.h"
 #include "app/TodayPage.h"
 #include "app/WheelGuard.h"
+#include "app/WindowBeacon.h"
 #include "requirements/Readiness.h"
 #include "requirements/Requirements.h"
 #include "vault/VaultStore.h"
@@ -480,7 +480,8 @@ void MainWindow::create() {
 void MainWindow::join(const QString& folder, const QString& passphrase) {
     const std::filesystem::path path = folder.toStdString();
     const SecureBytes secret = secretOf(passphrase);
-    const bool replacing = m_replacingUnreadable && m_store->phase() == VaultPhase::loading;
+    const bool replacing =
+        m_replacingUnreadable && (m_store->phase() == VaultPhase::loading || m_store->phase() == VaultPhase::locked);
     const auto joined =
         LongTask::run(this, tr("Joining the vault…"), [this, path, &secret, replacing]() -> Result<void, VaultError> {
             if (replacing) {
@@ -503,16 +504,18 @@ void MainWindow::join(const QString& folder, const QString& passphrase) {
 void MainWindow::restore(const QString& archive, const QString& passphrase) {
     const std::filesystem::path path = archive.toStdString();
     const SecureBytes secret = secretOf(passphrase);
-    const bool replacing = m_replacingUnreadable && m_store->phase() == VaultPhase::loading;
-    const auto restored =
-        LongTask::run(this, tr("Restoring the backup…"), [this, path, &secret, replacing]() -> Result<void, VaultError> {
-            if (replacing) {
-                // The unreadable vault goes only for a backup proven to open.
-                if (auto checked = m_store->checkBackup(path, secret.text()); !checked) return checked;
-                if (auto erased = m_store->erase(); !erased) return erased;
-            }
-            return m_store->restoreBackup(path, secret.text());
-        });
+    const bool replacing =
+        m_replacingUnreadable && (m_store->phase() == VaultPhase::loading || m_store->phase() == VaultPhase::locked);
+    const auto restored = LongTask::run(this, tr("Restoring the backup…"),
+                                        [this, path, &secret, replacing]() -> Result<void, VaultError> {
+                                            if (replacing) {
+                                                // The unreadable vault goes only for a backup proven to open.
+                                                if (auto checked = m_store->checkBackup(path, secret.text()); !checked)
+                                                    return checked;
+                                                if (auto erased = m_store->erase(); !erased) return erased;
+                                            }
+                                            return m_store->restoreBackup(path, secret.text());
+                                        });
     if (!restored) {
         m_onboarding->showError(message(restored.error()));
         return;
@@ -526,8 +529,14 @@ void MainWindow::restore(const QString& archive, const QString& passphrase) {
 void MainWindow::unlock() {
     if (auto unlocked = m_store->unlock(); !unlocked) {
         // Closing the password prompt is a choice, not a problem to report.
-        const bool cancelled = unlocked.error().code == VaultError::Code::cancelled;
-        m_lock->showError(cancelled ? QString() : message(unlocked.error()));
+        const VaultError& error = unlocked.error();
+        // With app lock on, an unreadable vault file first shows here: it gets the ways on a failed start gets.
+        if (error.code == VaultError::Code::damaged || error.code == VaultError::Code::badFormat) {
+            showStartProblem(error);
+            return;
+        }
+        const bool cancelled = error.code == VaultError::Code::cancelled;
+        m_lock->showError(cancelled ? QString() : message(error));
         return;
     }
     m_lock->showError(QString());

@@ -426,6 +426,36 @@ private slots:
             QVERIFY(opened(window));
             QCOMPARE(window.store().doc().people.at(0).name, std::string("Maya Chen"));
         }
+        // With app lock on the damage shows only at unlock, and it gets the same ways on.
+        const auto setAppLock = [&](bool on) {
+            Prefs prefs(device.files, device.setup().prefsFile);
+            prefs.load();
+            return prefs.setFlag(Prefs::kAppLock, on).ok();
+        };
+        QVERIFY(setAppLock(true));
+        QVERIFY(device.files.replaceFileAtomically(vaultFile, damaged).ok());
+        {
+            MainWindow window(device.setup(), rules());
+            window.show();
+            window.start();
+            QCOMPARE(window.pageName(), QStringLiteral("lock"));
+            QTest::mouseClick(window.lockPage()->unlockButton(), Qt::LeftButton);
+            problem = window.startProblemPage();
+            QCOMPARE(window.pageName(), QStringLiteral("problem"));
+            QCOMPARE(problem->message().toStdString(), VaultError::damaged().message());
+            QVERIFY(problem->restoreButton()->isVisibleTo(problem));
+            QTest::mouseClick(problem->retryButton(), Qt::LeftButton);
+            QCOMPARE(window.pageName(), QStringLiteral("lock"));
+            QTest::mouseClick(window.lockPage()->unlockButton(), Qt::LeftButton);
+            QTest::mouseClick(window.startProblemPage()->restoreButton(), Qt::LeftButton);
+            OnboardingPage& page = *window.onboardingPage();
+            QCOMPARE(window.pageName(), QStringLiteral("onboarding"));
+            fillIn(page, QStringLiteral("Backup file"), QString::fromStdString(backup.string()));
+            fillIn(page, QStringLiteral("Passphrase"), QStringLiteral("backup passphrase"));
+            QTest::mouseClick(testing::button(page, QStringLiteral("Restore backup")), Qt::LeftButton);
+            QVERIFY(opened(window));
+        }
+        QVERIFY(setAppLock(false));
         // The key gone but the vault file here: onboarding says so and offers only joining or restoring.
         QVERIFY(device.secrets.remove(VaultKeychain::service(), std::string(VaultKeychain::kAccount)).ok());
         MainWindow window(device.setup(), rules());
