@@ -9,6 +9,7 @@
 
 #include <algorithm>
 #include <cerrno>
+#include <limits>
 #include <system_error>
 
 namespace corvale {
@@ -72,6 +73,40 @@ std::filesystem::path folderOf(const std::filesystem::path& path) {
     return parent.empty() ? std::filesystem::path(".") : parent;
 }
 
+// Reads what is left of an open file. One spare byte lets the read that sees
+// end-of-file land without a resize; a file that grows while it is read is
+// still held to `maxBytes`.
+Result<Bytes, FileError> readToEnd(int fd, const std::filesystem::path& path, std::uint64_t expected,
+                                   std::uint64_t maxBytes) {
+    const std::uint64_t cap = maxBytes == std::numeric_limits<std::uint64_t>::max() ? maxBytes : maxBytes + 1;
+    Bytes data(static_cast<std::size_t>(std::min(expected + 1, cap)));
+    std::size_t used = 0;
+    for (;;) {
+        if (used == data.size()) {
+            if (used > maxBytes) {
+                return fail(FileError{FileError::Code::tooLarge, 0, path});
+            }
+            data.resize(static_cast<std::size_t>(std::min<std::uint64_t>(cap, data.size() * 2)));
+        }
+        const ssize_t n = ::read(fd, data.data() + used, data.size() - used);
+        if (n < 0) {
+            if (errno == EINTR) {
+                continue;
+            }
+            return fail(errorFor(errno, path));
+        }
+        if (n == 0) {
+            break;
+        }
+        used += static_cast<std::size_t>(n);
+    }
+    if (used > maxBytes) {
+        return fail(FileError{FileError::Code::tooLarge, 0, path});
+    }
+    data.resize(used);
+    return data;
+}
+
 }  // namespace
 
 Result<Bytes, FileError> PosixFileSystem::readFile(const std::filesystem::path& path) {
@@ -86,28 +121,8 @@ Result<Bytes, FileError> PosixFileSystem::readFile(const std::filesystem::path& 
     if (S_ISDIR(info.st_mode)) {
         return fail(errorFor(EISDIR, path));
     }
-    // One spare byte lets the read that sees end-of-file land without a resize.
-    const std::size_t expected = info.st_size > 0 ? static_cast<std::size_t>(info.st_size) : 0;
-    Bytes data(expected + 1);
-    std::size_t used = 0;
-    for (;;) {
-        if (used == data.size()) {
-            data.resize(data.size() * 2);  // the file grew while we read it
-        }
-        const ssize_t n = ::read(fd.get(), data.data() + used, data.size() - used);
-        if (n < 0) {
-            if (errno == EINTR) {
-                continue;
-            }
-            return fail(errorFor(errno, path));
-        }
-        if (n == 0) {
-            break;
-        }
-        used += static_cast<std::size_t>(n);
-    }
-    data.resize(used);
-    return data;
+    return readToEnd(fd.get(), path, info.st_size > 0 ? static_cast<std::uint64_t>(info.st_size) : 0,
+                     std::numeric_limits<std::uint64_t>::max());
 }
 
 Result<Bytes, FileError> PosixFileSystem::readRegularFile(const std::filesystem::path& path, std::uint64_t maxBytes) {
@@ -130,33 +145,7 @@ Result<Bytes, FileError> PosixFileSystem::readRegularFile(const std::filesystem:
     if (info.st_size < 0 || static_cast<std::uint64_t>(info.st_size) > maxBytes) {
         return fail(FileError{FileError::Code::tooLarge, 0, path});
     }
-    // A file that grows while it is read is still held to the limit.
-    Bytes data(static_cast<std::size_t>(info.st_size) + 1);
-    std::size_t used = 0;
-    for (;;) {
-        if (used == data.size()) {
-            if (used > maxBytes) {
-                return fail(FileError{FileError::Code::tooLarge, 0, path});
-            }
-            data.resize(static_cast<std::size_t>(std::min<std::uint64_t>(maxBytes + 1, data.size() * 2)));
-        }
-        const ssize_t n = ::read(fd.get(), data.data() + used, data.size() - used);
-        if (n < 0) {
-            if (errno == EINTR) {
-                continue;
-            }
-            return fail(errorFor(errno, path));
-        }
-        if (n == 0) {
-            break;
-        }
-        used += static_cast<std::size_t>(n);
-    }
-    if (used > maxBytes) {
-        return fail(FileError{FileError::Code::tooLarge, 0, path});
-    }
-    data.resize(used);
-    return data;
+    return readToEnd(fd.get(), path, static_cast<std::uint64_t>(info.st_size), maxBytes);
 }
 
 Result<void, FileError> PosixFileSystem::replaceFileAtomically(const std::filesystem::path& path, ByteView contents) {
