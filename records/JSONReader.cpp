@@ -5,6 +5,8 @@
 namespace corvale {
 
 Result<JSONValue, RecordError> parseJSON(std::string_view text) {
+    // Nothing is no JSON, and simdjson would copy from the null pointer an empty view may hold.
+    if (text.empty()) return fail(RecordError::invalidJSON);
     // The tree is converted recursively, so the parser refuses deep nesting first.
     simdjson::dom::parser parser;
     if (parser.allocate(text.size(), kJSONMaxDepth) != simdjson::SUCCESS) return fail(RecordError::invalidJSON);

@@ -53,6 +53,10 @@ TEST(JSONReader, ReadsAnyValueAndRejectsBrokenText) {
         ASSERT_FALSE(result) << bad;
         EXPECT_EQ(result.error(), RecordError::invalidJSON);
     }
+    // An empty file read from disk is a view with no data pointer at all.
+    const auto nothing = parseJSON(std::string_view{});
+    ASSERT_FALSE(nothing);
+    EXPECT_EQ(nothing.error(), RecordError::invalidJSON);
 }
 
 TEST(JSONReader, NestingPastTheLimitIsRefusedWithoutRecursingIntoIt) {
