@@ -1,6 +1,7 @@
 #include "documents/CRC32.h"
 #include "documents/ZipReader.h"
 #include "documents/ZipWriter.h"
+#include "support/DiskFiles.h"
 
 #include <gtest/gtest.h>
 #include <sys/stat.h>
@@ -8,12 +9,16 @@
 
 #include <cstdlib>
 #include <fstream>
+#include <initializer_list>
 #include <iterator>
 #include <map>
 #include <string>
+#include <utility>
 
 namespace corvale {
 namespace {
+
+using namespace test_support;
 
 namespace fs = std::filesystem;
 using Code = ArchiveError::Code;
@@ -36,16 +41,6 @@ Bytes pattern(std::size_t size, std::uint32_t seed) {
         b = static_cast<std::uint8_t>(seed >> 16);
     }
     return bytes;
-}
-
-Bytes readAll(const fs::path& path) {
-    std::ifstream in(path, std::ios::binary);
-    return Bytes(std::istreambuf_iterator<char>(in), {});
-}
-
-void writeAll(const fs::path& path, ByteView bytes) {
-    std::ofstream(path, std::ios::binary)
-        .write(reinterpret_cast<const char*>(bytes.data()), static_cast<std::streamsize>(bytes.size()));
 }
 
 Bytes archiveOf(const Entries& entries, ZipLimits limits = {}) {
@@ -71,15 +66,9 @@ bool pythonAccepts(const fs::path& archive, std::size_t count) {
     return std::system(command.c_str()) == 0;
 }
 
-struct TemporaryFolder {
-    fs::path path;
-    TemporaryFolder() {
-        char templ[] = "/tmp/corvale-zip-test-XXXXXX";
-        path = mkdtemp(templ);
-    }
-    ~TemporaryFolder() { fs::remove_all(path); }
-    std::size_t fileCount() const { return static_cast<std::size_t>(std::distance(fs::directory_iterator(path), {})); }
-};
+std::size_t fileCount(const fs::path& folder) {
+    return static_cast<std::size_t>(std::distance(fs::directory_iterator(folder), {}));
+}
 
 const Entries kSample = {
     {"blobs/0a1b.pbb", pattern(100'000, 1)},
@@ -224,7 +213,7 @@ TEST(ZipFileWriter, StreamsTheSameBytesAsTheMemoryWriterAndReplacesAtomically) {
     struct stat info {};
     ASSERT_EQ(::stat(target.c_str(), &info), 0);
     EXPECT_EQ(info.st_mode & 0777, 0600u);
-    EXPECT_EQ(folder.fileCount(), 2u);  // no temporary left
+    EXPECT_EQ(fileCount(folder.path), 2u);  // no temporary left
     if (hasPython()) {
         EXPECT_TRUE(pythonAccepts(target, 3));
     }
@@ -252,7 +241,7 @@ TEST(ZipFileWriter, AFailureLeavesTheTargetAndNoTemporary) {
         ASSERT_TRUE(abandoned->add("a", asBytes("a")));
     }
     EXPECT_EQ(readAll(target), bytesOf("old backup"));
-    EXPECT_EQ(folder.fileCount(), 1u);
+    EXPECT_EQ(fileCount(folder.path), 1u);
     EXPECT_EQ(failedWith(ZipFileWriter::create(folder.path / "no" / "such.zip")), Code::cannotCreate);
 }
 
@@ -284,7 +273,7 @@ TEST(ZipFileReader, ReadsAndCopiesEntriesCheckingEachOne) {
     EXPECT_EQ(failedWith(damagedReader->read(first)), Code::damaged);
     EXPECT_EQ(failedWith(damagedReader->copyTo(first, folder.path / "restored")), Code::damaged);
     EXPECT_FALSE(fs::exists(folder.path / "restored"));
-    EXPECT_EQ(folder.fileCount(), 2u);
+    EXPECT_EQ(fileCount(folder.path), 2u);
     ZipEntry outside = first;
     outside.dataOffset = damaged.size() - 10;
     EXPECT_EQ(failedWith(damagedReader->read(outside)), Code::damaged);
@@ -330,44 +319,25 @@ struct HandLaidArchive {
         for (int i = 0; i < width; ++i) out.push_back(static_cast<std::uint8_t>(value >> (8 * i)));
     }
     static void put(Bytes& out, std::string_view text) { out.insert(out.end(), text.begin(), text.end()); }
+    // Little-endian fields of a header, each with its width in bytes.
+    static void fields(Bytes& out, std::initializer_list<std::pair<std::uint64_t, int>> values) {
+        for (const auto& [value, width] : values) put(out, value, width);
+    }
 
     // A local header named `name` followed by `data`; gives its offset.
     std::uint64_t local(std::string_view name, ByteView data) {
         const std::uint64_t at = bytes.size();
-        put(bytes, 0x04034b50, 4);
-        put(bytes, 20, 2);
-        put(bytes, 0x0800, 2);
-        put(bytes, 0, 2);
-        put(bytes, 0, 2);
-        put(bytes, 0x21, 2);
-        put(bytes, CRC32::checksum(data), 4);
-        put(bytes, data.size(), 4);
-        put(bytes, data.size(), 4);
-        put(bytes, name.size(), 2);
-        put(bytes, 0, 2);
+        fields(bytes, {{0x04034b50, 4}, {20, 2}, {0x0800, 2}, {0, 2}, {0, 2}, {0x21, 2}, {CRC32::checksum(data), 4},
+                       {data.size(), 4}, {data.size(), 4}, {name.size(), 2}, {0, 2}});
         put(bytes, name);
         bytes.insert(bytes.end(), data.begin(), data.end());
         return at;
     }
     // A directory record claiming `name`, `data`'s size and checksum, at `offset`.
     void central(std::string_view name, ByteView data, std::uint64_t offset) {
-        put(directory, 0x02014b50, 4);
-        put(directory, 20, 2);
-        put(directory, 20, 2);
-        put(directory, 0x0800, 2);
-        put(directory, 0, 2);
-        put(directory, 0, 2);
-        put(directory, 0x21, 2);
-        put(directory, CRC32::checksum(data), 4);
-        put(directory, data.size(), 4);
-        put(directory, data.size(), 4);
-        put(directory, name.size(), 2);
-        put(directory, 0, 2);
-        put(directory, 0, 2);
-        put(directory, 0, 2);
-        put(directory, 0, 2);
-        put(directory, 0, 4);
-        put(directory, offset, 4);
+        fields(directory, {{0x02014b50, 4}, {20, 2}, {20, 2}, {0x0800, 2}, {0, 2}, {0, 2}, {0x21, 2},
+                           {CRC32::checksum(data), 4}, {data.size(), 4}, {data.size(), 4}, {name.size(), 2}, {0, 2},
+                           {0, 2}, {0, 2}, {0, 2}, {0, 4}, {offset, 4}});
         put(directory, name);
         ++count;
     }
@@ -375,14 +345,7 @@ struct HandLaidArchive {
         Bytes out = bytes;
         const std::uint64_t at = out.size();
         out.insert(out.end(), directory.begin(), directory.end());
-        put(out, 0x06054b50, 4);
-        put(out, 0, 2);
-        put(out, 0, 2);
-        put(out, count, 2);
-        put(out, count, 2);
-        put(out, directory.size(), 4);
-        put(out, at, 4);
-        put(out, 0, 2);
+        fields(out, {{0x06054b50, 4}, {0, 2}, {0, 2}, {count, 2}, {count, 2}, {directory.size(), 4}, {at, 4}, {0, 2}});
         return out;
     }
 };

@@ -4,6 +4,8 @@
 #include "platform/linux/PosixFileSystem.h"
 #include "platform/memory/InMemoryFileSystem.h"
 
+#include "support/DiskFiles.h"
+
 #include <gtest/gtest.h>
 
 #include <sys/resource.h>
@@ -16,18 +18,10 @@
 namespace corvale {
 namespace {
 
+using namespace test_support;
+
 using Names = std::vector<std::string>;
 using namespace std::string_view_literals;
-
-// A private folder per test, removed with everything in it.
-struct TemporaryFolder {
-    std::filesystem::path path = [] {
-        std::string pattern = (std::filesystem::temp_directory_path() / "corvale-platform-XXXXXX").string();
-        EXPECT_NE(::mkdtemp(pattern.data()), nullptr);
-        return std::filesystem::path(pattern);
-    }();
-    ~TemporaryFolder() { std::filesystem::remove_all(path); }
-};
 
 std::string contentsOf(FileSystem& fs, const std::filesystem::path& path) {
     auto read = fs.readFile(path);

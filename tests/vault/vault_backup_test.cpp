@@ -6,6 +6,8 @@
 #include "vault/VaultKeychain.h"
 #include "vault/VaultStore.h"
 
+#include "DiskDevice.h"
+
 #include <gtest/gtest.h>
 #include <unistd.h>
 
@@ -19,33 +21,10 @@
 namespace corvale {
 namespace {
 
+using namespace test_support;
+
 using namespace std::chrono_literals;
 namespace fs = std::filesystem;
-
-// A device on the real disk: archives are files a person carries elsewhere.
-struct DiskDevice {
-    fs::path home;
-    PosixFileSystem files;
-    InMemorySecretStore secrets;
-    // Noon UTC, so the local date is the 18th in every zone within eleven hours of it.
-    FixedClock clock{std::chrono::system_clock::time_point{} + 1'795'003'200s};
-    ManualScheduler scheduler;
-    UnavailableAuthenticator authenticator;
-
-    DiskDevice() {
-        char pattern[] = "/tmp/corvale-backup-XXXXXX";
-        home = mkdtemp(pattern);
-    }
-    ~DiskDevice() { fs::remove_all(home); }
-    VaultStoreSetup setup() {
-        return {files, secrets, clock, scheduler, authenticator, home / "share", home / "prefs.json", home / "tmp"};
-    }
-};
-
-Bytes fileBytes(const fs::path& path) {
-    std::ifstream in(path, std::ios::binary);
-    return Bytes(std::istreambuf_iterator<char>(in), {});
-}
 
 Onboarding anaRuiz() {
     Onboarding onboarding;
@@ -69,7 +48,7 @@ TEST(VaultBackup, RestoresOnAFreshDeviceWithEveryRecordAndLiveDocumentOnce) {
     const fs::path folder = office.home / "tmp" / VaultStore::defaultBackupFolderName();
     EXPECT_EQ(*archive, folder / "Corvale Backup 2026-11-18.pbbackup");
     EXPECT_EQ(fs::symlink_status(folder).permissions(), fs::perms::owner_all);
-    const auto entries = ZipReader::entries(fileBytes(*archive));
+    const auto entries = ZipReader::entries(readAll(*archive));
     std::vector<std::string> names;
     for (const auto& [name, bytes] : entries) names.push_back(name);
     EXPECT_EQ(names, (std::vector<std::string>{"blobs/" + licence->blobHash + ".pbb", "vault.key", "vault.pbv"}));
@@ -89,7 +68,7 @@ TEST(VaultBackup, RestoresOnAFreshDeviceWithEveryRecordAndLiveDocumentOnce) {
     EXPECT_EQ(encodeVaultDocument(restored.doc()), encodeVaultDocument(store.doc()));
     const auto copy = restored.temporaryFile(sameScan->id);
     ASSERT_TRUE(copy);
-    EXPECT_EQ(fileBytes(*copy), Bytes(asBytes("licence scan").begin(), asBytes("licence scan").end()));
+    EXPECT_EQ(readAll(*copy), Bytes(asBytes("licence scan").begin(), asBytes("licence scan").end()));
     EXPECT_EQ(restored.restoreBackup(*archive, "pass phrase").error().code, VaultError::Code::vaultExists);
 }
 
@@ -122,7 +101,7 @@ TEST(VaultBackup, RestoresABackupAnotherImplementationWrote) {
     fs::path diskCopy;
     check(onDisk, diskCopy);
     if (HasFatalFailure()) return;
-    EXPECT_EQ(fileBytes(diskCopy), expectedScan);
+    EXPECT_EQ(readAll(diskCopy), expectedScan);
 
     // The same archive into a file system that is not the disk takes the other path.
     InMemoryFileSystem memory;
@@ -135,7 +114,7 @@ TEST(VaultBackup, RestoresABackupAnotherImplementationWrote) {
     fs::path memoryCopy;
     check(inMemory, memoryCopy);
     if (HasFatalFailure()) return;
-    EXPECT_EQ(fileBytes(memoryCopy), expectedScan);
+    EXPECT_EQ(readAll(memoryCopy), expectedScan);
     EXPECT_TRUE(memory.exists(fs::path("/share") / "Corvale/Vault/blobs" /
                               "0bc72d96495b6fab65e4ca75f64f1fec6f927682bc95ee17c70161cb53913f4c.pbb"));
 }
@@ -149,7 +128,7 @@ TEST(VaultBackup, ADamagedBlobStopsTheRestoreWithoutAVault) {
     ASSERT_TRUE(archive);
 
     // Flip a byte inside the blob's data; the directory still lists it whole.
-    Bytes bytes = fileBytes(*archive);
+    Bytes bytes = readAll(*archive);
     const auto entries = ZipReader::entries(bytes);
     const auto blob =
         std::find_if(entries.begin(), entries.end(), [](const auto& e) { return e.first.starts_with("blobs/"); });
@@ -231,11 +210,6 @@ Bytes rebuilt(std::map<std::string, Bytes> entries) {
     return writer.finish();
 }
 
-void writeFile(const fs::path& path, const Bytes& bytes) {
-    std::ofstream(path, std::ios::binary | std::ios::trunc)
-        .write(reinterpret_cast<const char*>(bytes.data()), static_cast<std::streamsize>(bytes.size()));
-}
-
 TEST(VaultBackup, CheckingABackupProvesEveryPartWithoutTouchingTheOpenVault) {
     DiskDevice office;
     VaultStore store(office.setup());
@@ -246,7 +220,7 @@ TEST(VaultBackup, CheckingABackupProvesEveryPartWithoutTouchingTheOpenVault) {
     ASSERT_TRUE(store.flush());
     const auto archive = store.exportBackup("pass phrase");
     ASSERT_TRUE(archive) << archive.error().message();
-    const Bytes vaultBefore = fileBytes(store.vaultDirectory() / "vault.pbv");
+    const Bytes vaultBefore = readAll(store.vaultDirectory() / "vault.pbv");
 
     EXPECT_TRUE(store.checkBackup(*archive, "pass phrase"));
     const auto wrong = store.checkBackup(*archive, "pass phrases");
@@ -254,13 +228,13 @@ TEST(VaultBackup, CheckingABackupProvesEveryPartWithoutTouchingTheOpenVault) {
     EXPECT_EQ(wrong.error().code, VaultError::Code::wrongPassphrase);
 
     // Damage that checksums cannot see, because the archive was rebuilt around it.
-    const auto entries = ZipReader::entries(fileBytes(*archive));
+    const auto entries = ZipReader::entries(readAll(*archive));
     const std::string scanName = "blobs/" + scan->blobHash + ".pbb";
     const std::string cvName = "blobs/" + cv->blobHash + ".pbb";
     const std::string damaged = "This backup is damaged, so restore from another copy of it.";
     const auto expectDamaged = [&](const std::string& what, std::map<std::string, Bytes> altered) {
         const fs::path path = office.home / (what + ".pbbackup");
-        writeFile(path, rebuilt(std::move(altered)));
+        writeAll(path, rebuilt(std::move(altered)));
         const auto checked = store.checkBackup(path, "pass phrase");
         ASSERT_FALSE(checked) << what;
         EXPECT_EQ(checked.error().message(), damaged) << what;
@@ -284,12 +258,12 @@ TEST(VaultBackup, CheckingABackupProvesEveryPartWithoutTouchingTheOpenVault) {
         auto altered = entries;
         altered.erase("vault.key");
         const fs::path path = office.home / "keyless.pbbackup";
-        writeFile(path, rebuilt(std::move(altered)));
+        writeAll(path, rebuilt(std::move(altered)));
         EXPECT_EQ(store.checkBackup(path, "pass phrase").error().code, VaultError::Code::badFormat);
     }
 
     EXPECT_EQ(store.phase(), VaultPhase::ready);
-    EXPECT_EQ(fileBytes(store.vaultDirectory() / "vault.pbv"), vaultBefore);
+    EXPECT_EQ(readAll(store.vaultDirectory() / "vault.pbv"), vaultBefore);
     EXPECT_EQ(office.secrets.itemCount(), 1u);
     EXPECT_EQ(store.doc().documents.size(), 2u);
 }
@@ -406,13 +380,13 @@ TEST(VaultBackup, ARestoreOverAVaultReplacesItWholeOrLeavesItExactlyAsItWas) {
     // An extra blob a record no longer refers to also has a valid name: a backup made with it is refused.
     const auto archive = source.exportBackup("pass phrase", office.home / "office.pbbackup");
     ASSERT_TRUE(archive) << archive.error().message();
-    const Bytes good = fileBytes(*archive);
+    const Bytes good = readAll(*archive);
     const std::string scanName = "blobs/" + scan->blobHash + ".pbb";
     const std::string cvName = "blobs/" + cv->blobHash + ".pbb";
     {
         auto withStray = ZipReader::entries(good);
         withStray["blobs/" + old->blobHash + ".pbb"] =
-            fileBytes(source.vaultDirectory() / "blobs" / (old->blobHash + ".pbb"));
+            readAll(source.vaultDirectory() / "blobs" / (old->blobHash + ".pbb"));
         auto cases = badBackups(good, scanName, cvName);
         cases.push_back({"unreferenced blob", rebuilt(std::move(withStray)), "pass phrase",
                          "This backup is damaged, so restore from another copy of it."});
@@ -428,7 +402,7 @@ TEST(VaultBackup, ARestoreOverAVaultReplacesItWholeOrLeavesItExactlyAsItWas) {
         ASSERT_EQ(kept.files.size(), 3u);  // .lock, vault.pbv and the one blob
         for (const auto& bad : cases) {
             const fs::path path = home.home / "bad.pbbackup";
-            writeFile(path, bad.archive);
+            writeAll(path, bad.archive);
             const auto restored = store.replaceWithBackup(path, bad.passphrase);
             ASSERT_FALSE(restored) << bad.label;
             EXPECT_EQ(restored.error().message(), bad.message) << bad.label;
@@ -470,7 +444,7 @@ TEST(VaultBackup, ARestoreOverAVaultReplacesItWholeOrLeavesItExactlyAsItWas) {
     ASSERT_EQ(waiting.phase(), VaultPhase::welcome);
     const VaultSnapshot orphan = snapshot(keyless.files, keyless.secrets, waiting.vaultDirectory());
     const fs::path path = keyless.home / "bad.pbbackup";
-    writeFile(path, withRepeatedRecord(good, scanName));
+    writeAll(path, withRepeatedRecord(good, scanName));
     EXPECT_FALSE(waiting.restoreBackup(path, "pass phrase"));
     EXPECT_EQ(snapshot(keyless.files, keyless.secrets, waiting.vaultDirectory()), orphan);
     EXPECT_EQ(waiting.phase(), VaultPhase::welcome);

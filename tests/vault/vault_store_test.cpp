@@ -6,6 +6,8 @@
 #include "vault/VaultKeychain.h"
 #include "vault/VaultStore.h"
 
+#include "DiskDevice.h"
+
 #include <gtest/gtest.h>
 
 #include <sys/stat.h>
@@ -18,6 +20,8 @@
 
 namespace corvale {
 namespace {
+
+using namespace test_support;
 
 using namespace std::chrono_literals;
 namespace fs = std::filesystem;
@@ -169,15 +173,12 @@ TEST(VaultStore, ALockWhoseSaveFailsStillLocksAndSavesAfterUnlock) {
 // replaced while the folder still takes the sealed pending file, which
 // then outlives a quit.
 TEST(VaultStore, ALockInAnUnwritableFolderLocksAndLaterSaves) {
-    char pattern[] = "/tmp/corvale-lock-XXXXXX";
-    const fs::path home = mkdtemp(pattern);
-    PosixFileSystem disk;
-    InMemorySecretStore secrets;
-    SystemClock clock;
-    ManualScheduler scheduler;
-    ScriptedAuthenticator authenticator;
-    const VaultStoreSetup setup{disk, secrets, clock, scheduler, authenticator, home, home / "prefs.json", home};
-    const fs::path folder = home / "Corvale/Vault";
+    DiskDevice device;
+    const fs::path home = device.home;
+    auto& disk = device.files;
+    auto& secrets = device.secrets;
+    const VaultStoreSetup setup = device.setup();
+    const fs::path folder = device.vaultFolder();
     const fs::path vaultFile = folder / "vault.pbv";
     const auto noted = [&](VaultStore& store, const std::string& notes) {
         return store.change([&](VaultDocument& doc) { doc.people[0].notes = notes; });
@@ -215,7 +216,6 @@ TEST(VaultStore, ALockInAnUnwritableFolderLocksAndLaterSaves) {
     EXPECT_EQ(later.doc().people.at(0).notes, "kept through a quit");
     EXPECT_FALSE(fs::exists(folder / "vault.pending"));
     EXPECT_FALSE(later.hasPendingSave());
-    fs::remove_all(home);
 }
 
 TEST(VaultStore, ProfileEditsUndoInTurnAndTheScopeNamesOnlyALivePerson) {
@@ -282,23 +282,15 @@ TEST(VaultStore, AVaultWithoutItsKeyWaitsUntouchedAndOnlyOneProcessHoldsIt) {
 }
 
 TEST(VaultStore, TheRealDiskLockHoldsAcrossStoresAndEndsWithThem) {
-    char pattern[] = "/tmp/corvale-store-XXXXXX";
-    const fs::path home = mkdtemp(pattern);
-    PosixFileSystem disk;
-    InMemorySecretStore secrets;
-    SystemClock clock;
-    ManualScheduler scheduler;
-    UnavailableAuthenticator authenticator;
-    const VaultStoreSetup setup{disk, secrets, clock, scheduler, authenticator, home, home / "prefs.json", home};
+    DiskDevice device;
     {
-        VaultStore first(setup);
+        VaultStore first(device.setup());
         ASSERT_TRUE(first.start());
-        VaultStore second(setup);
+        VaultStore second(device.setup());
         EXPECT_EQ(second.start().error().code, VaultError::Code::inUse);
     }
-    VaultStore later(setup);
+    VaultStore later(device.setup());
     EXPECT_TRUE(later.start());
-    fs::remove_all(home);
 }
 
 TEST(VaultStore, AnotherDeviceJoinsWithTheKeyFileAndOnlyTheRightPassphrase) {
@@ -365,8 +357,8 @@ TEST(VaultStore, AnotherDeviceJoinsWithTheKeyFileAndOnlyTheRightPassphrase) {
 }
 
 TEST(VaultStore, JoiningTakesOnlyPlainFilesOfBoundedSizeAndTheBlobsTheDocumentNeeds) {
-    char pattern[] = "/tmp/corvale-join-XXXXXX";
-    const fs::path root = mkdtemp(pattern);
+    TemporaryFolder folder;
+    const fs::path& root = folder.path;
     PosixFileSystem disk;
     InMemorySecretStore officeSecrets;
     InMemorySecretStore laptopSecrets;
@@ -449,7 +441,6 @@ TEST(VaultStore, JoiningTakesOnlyPlainFilesOfBoundedSizeAndTheBlobsTheDocumentNe
     std::vector<std::string> expected{scanBlob, cvBlob};
     std::sort(expected.begin(), expected.end());
     EXPECT_EQ(disk.list(laptop.vaultDirectory() / "blobs"), expected);
-    fs::remove_all(root);
 }
 
 TEST(VaultStore, AnOlderInstallationMovesAcrossOnce) {
@@ -526,8 +517,8 @@ TEST(VaultStore, ADocumentCopySavedElsewhereIsWholeOrNotThere) {
 }
 
 TEST(VaultStore, PlainCopiesGoOnLockAndAtTheNextStartButOutliveTheProcessThatMadeThem) {
-    char pattern[] = "/tmp/corvale-copies-XXXXXX";
-    const fs::path temporary = mkdtemp(pattern);
+    TemporaryFolder folder;
+    const fs::path& temporary = folder.path;
     Device device;
     VaultStoreSetup setup = device.setup();
     setup.temporaryDirectory = temporary;
@@ -559,7 +550,6 @@ TEST(VaultStore, PlainCopiesGoOnLockAndAtTheNextStartButOutliveTheProcessThatMad
     ASSERT_TRUE(next.start());
     EXPECT_FALSE(fs::exists(copy));
     EXPECT_TRUE(fs::is_empty(temporary));
-    fs::remove_all(temporary);
 }
 
 }  // namespace

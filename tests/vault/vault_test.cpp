@@ -9,6 +9,8 @@
 #include "vault/VaultFiles.h"
 #include "vault/VaultKeychain.h"
 
+#include "support/DiskFiles.h"
+
 #include <gtest/gtest.h>
 #include <sys/stat.h>
 #include <unistd.h>
@@ -22,6 +24,8 @@
 
 namespace corvale {
 namespace {
+
+using namespace test_support;
 
 namespace fs = std::filesystem;
 using namespace std::chrono_literals;
@@ -55,19 +59,6 @@ template <class R>
 std::string messageOf(const R& result) {
     return result ? std::string("(succeeded)") : result.error().message();
 }
-
-// Plain copies live on the real disk, where the viewer can open them.
-struct TemporaryFolder {
-    fs::path path = [] {
-        std::string pattern = (fs::temp_directory_path() / "corvale-vault-test-XXXXXX").string();
-        EXPECT_NE(::mkdtemp(pattern.data()), nullptr);
-        return fs::path(pattern);
-    }();
-    ~TemporaryFolder() {
-        std::error_code ignored;
-        fs::remove_all(path, ignored);
-    }
-};
 
 const std::string kPassphrase = "Tr1cuspid valve & 4 coffees";
 // Ends in U+2713, so the passphrase's UTF-8 bytes are what count.
