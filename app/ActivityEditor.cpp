@@ -84,7 +84,7 @@ FieldColumn field(const QString& caption, QWidget* input, QWidget* parent, bool 
     layout->addWidget(input);
     if (!canBeWrong) return {layout, nullptr};
     auto* error = makeLabel(QString(), "error", parent);
-    error->setAccessibleName(caption + QObject::tr(" error"));
+    setHandle(error, caption + QObject::tr(" error"));
     error->hide();
     layout->addWidget(error);
     return {layout, error};
@@ -220,6 +220,8 @@ ActivityEditor::ActivityEditor(AppContext& context, QWidget* parent)
     column->addStretch(1);
 
     auto* scroll = new QScrollArea(card);
+
+    scroll->setFocusPolicy(Qt::NoFocus);  // only scrolls: Tab goes to what is inside
     scroll->setObjectName(QStringLiteral("editorScroll"));
     scroll->setWidget(form);
     scroll->setWidgetResizable(true);
@@ -227,7 +229,7 @@ ActivityEditor::ActivityEditor(AppContext& context, QWidget* parent)
     scroll->setHorizontalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
 
     m_saveError = makeLabel(QString(), "error", card);
-    m_saveError->setAccessibleName(tr("Save error"));
+    setHandle(m_saveError, tr("Save error"));
     m_saveError->hide();
     m_delete = new QPushButton(tr("Delete"), card);
     m_delete->setAccessibleName(tr("Delete activity"));

@@ -1,5 +1,6 @@
 #include "app/CMEPage.h"
 
+#include "app/FormParts.h"
 #include "app/ActivityEditor.h"
 #include "app/ActivityListModel.h"
 #include "app/AppContext.h"
@@ -45,7 +46,9 @@ enum Period { AllTime, ThisYear, LastYear };
 // The licence cards take the height their text needs, up to a limit past which they scroll.
 class CardArea : public QScrollArea {
 public:
-    using QScrollArea::QScrollArea;
+    explicit CardArea(QWidget* parent) : QScrollArea(parent) {
+        setFocusPolicy(Qt::NoFocus);  // only scrolls: Tab goes to the cards' buttons
+    }
 
     QSize sizeHint() const override {
         const QWidget* content = widget();
@@ -78,7 +81,7 @@ QWidget* licenceCard(const StateProgress& progress, const QString& stateName, QW
     words->addWidget(makeLabel(qText(progress.cycleStart.shortFormatted() + " – " + progress.cycleEnd.shortFormatted()),
                                "caption", card));
     auto* summary = makeLabel(qText(progress.summary()), "summary", card);
-    summary->setAccessibleName(QObject::tr("%1 summary").arg(stateName));
+    setHandle(summary, QObject::tr("%1 summary").arg(stateName));
     scaleFont(summary, 1.0, QFont::DemiBold);
     words->addWidget(summary);
     if (progress.cat1Required > kHourTolerance) {
@@ -99,7 +102,7 @@ QWidget* licenceCard(const StateProgress& progress, const QString& stateName, QW
     }
     auto* topics = makeLabel(open.isEmpty() ? QString() : QObject::tr("Still open: %1").arg(open.join(QStringLiteral("; "))),
                              "detail", card);
-    topics->setAccessibleName(QObject::tr("%1 open topics").arg(stateName));
+    setHandle(topics, QObject::tr("%1 open topics").arg(stateName));
     topics->setVisible(!open.isEmpty());
     words->addWidget(topics);
     if (const auto caveat = progress.caveat()) words->addWidget(makeLabel(qText(*caveat), "footnote", card));
@@ -194,6 +197,8 @@ CMEPage::CMEPage(AppContext& context, QWidget* parent) : Screen(context, parent)
     m_view->setObjectName(QStringLiteral("activities"));
     m_view->setAccessibleName(tr("Activities"));
     m_view->setModel(m_filter);
+    // Arrows move between rows; Tab moves on, so the table never holds the keyboard.
+    m_view->setTabKeyNavigation(false);
     m_view->setSelectionBehavior(QAbstractItemView::SelectRows);
     m_view->setSelectionMode(QAbstractItemView::SingleSelection);
     m_view->setEditTriggers(QAbstractItemView::NoEditTriggers);
@@ -220,7 +225,7 @@ CMEPage::CMEPage(AppContext& context, QWidget* parent) : Screen(context, parent)
     stack->addWidget(m_view);
     stack->addWidget(m_empty);
     m_footer = makeLabel(QString(), "caption", this);
-    m_footer->setAccessibleName(tr("Total shown"));
+    setHandle(m_footer, tr("Total shown"));
 
     auto* column = new QVBoxLayout;
     column->setSpacing(14);

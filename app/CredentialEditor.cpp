@@ -196,7 +196,7 @@ QWidget* CredentialEditor::withError(QWidget* field, const QString& name) {
     column->setSpacing(3);
     column->addWidget(field);
     auto* error = makeLabel(QString(), "error", box);
-    error->setAccessibleName(name + tr(" error"));
+    setHandle(error, name + tr(" error"));
     error->hide();
     column->addWidget(error);
     m_state->errors.insert(name, error);
@@ -396,6 +396,8 @@ void CredentialEditor::build() {
     sections->addStretch(1);
 
     auto* scroll = new QScrollArea(this);
+
+    scroll->setFocusPolicy(Qt::NoFocus);  // only scrolls: Tab goes to what is inside
     scroll->setObjectName(QStringLiteral("editorScroll"));
     scroll->setWidget(content);
     scroll->setWidgetResizable(true);

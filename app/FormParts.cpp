@@ -19,10 +19,12 @@ QLineEdit* lineEdit(const QString& accessibleName, const QString& placeholder, Q
 
 QLabel* errorLabel(const QString& accessibleName, QWidget* parent) {
     QLabel* label = makeLabel(QString(), "error", parent);
-    label->setAccessibleName(accessibleName);
+    setHandle(label, accessibleName);
     label->setVisible(false);
     return label;
 }
+
+void setHandle(QWidget* widget, const QString& handle) { widget->setProperty("handle", handle); }
 
 void showMessage(QLabel* label, const QString& message) {
     label->setText(message);

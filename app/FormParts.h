@@ -16,6 +16,9 @@ QLineEdit* lineEdit(const QString& accessibleName, const QString& placeholder, Q
 
 // A problem sentence, hidden until there is one.
 QLabel* errorLabel(const QString& accessibleName, QWidget* parent);
+// Names a widget for code that looks it up, without the screen reader hearing
+// it: a label that carries information must be read as its own text.
+void setHandle(QWidget* widget, const QString& handle);
 // Shows the message, or hides the label when it is empty.
 void showMessage(QLabel* label, const QString& message);
 

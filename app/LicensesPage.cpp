@@ -1,5 +1,6 @@
 #include "app/LicensesPage.h"
 
+#include "app/FormParts.h"
 #include "app/AppContext.h"
 #include "platform/Clock.h"
 #include "requirements/CredentialRenewal.h"
@@ -42,7 +43,7 @@ LicensesPage::LicensesPage(AppContext& context, QWidget* parent) : Screen(contex
     scaleFont(title, 1.8, QFont::DemiBold);
     title->setWordWrap(false);
     m_summary = makeLabel(QString(), "caption", this);
-    m_summary->setAccessibleName(tr("Summary"));
+    setHandle(m_summary, tr("Summary"));
 
     m_search = new QLineEdit(this);
     m_search->setAccessibleName(tr("Search credentials"));

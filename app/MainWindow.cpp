@@ -1,5 +1,6 @@
 #include "app/MainWindow.h"
 
+#include "app/Accessibility.h"
 #include "app/AppContext.h"
 #include "app/CMEPage.h"
 #include "app/LicensesPage.h"
@@ -60,6 +61,7 @@ MainWindow::MainWindow(const VaultStoreSetup& setup, const Requirements& require
       m_store(std::make_unique<VaultStore>(setup)),
       m_context(std::make_unique<AppContext>(AppContext{*m_store, requirements, setup.clock})) {
     registerResources();
+    installAccessibility();
     setObjectName(QStringLiteral("appWindow"));
     setAttribute(Qt::WA_StyledBackground, true);
     setWindowTitle(QStringLiteral("Corvale"));

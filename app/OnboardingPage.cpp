@@ -1,5 +1,6 @@
 #include "app/OnboardingPage.h"
 
+#include "app/FormParts.h"
 #include "app/Theme.h"
 #include "records/AsciiCase.h"
 #include "records/NPI.h"
@@ -96,7 +97,7 @@ OnboardingPage::OnboardingPage(QWidget* parent) : QWidget(parent), m_submitted(s
 QLabel* OnboardingPage::makeErrorLabel(QWidget* parent) {
     auto* error = makeLabel(QString(), "error", parent);
     error->setVisible(false);
-    error->setAccessibleName(tr("Problem"));
+    setHandle(error, tr("Problem"));
     m_errors.push_back(error);
     return error;
 }

@@ -153,6 +153,7 @@ QTableView* recordTable(QAbstractItemModel* model, const QString& accessibleName
     auto* view = new QTableView(parent);
     view->setObjectName(QStringLiteral("recordTable"));
     view->setAccessibleName(accessibleName);
+    view->setTabKeyNavigation(false);
     view->setModel(model);
     view->setSelectionBehavior(QAbstractItemView::SelectRows);
     view->setSelectionMode(QAbstractItemView::SingleSelection);
@@ -212,6 +213,8 @@ ProfilePage::ProfilePage(AppContext& context, QWidget* parent) : Screen(context,
         connect(table->selectionModel(), &QItemSelectionModel::selectionChanged, this, &ProfilePage::updateListButtons);
 
     auto* scroll = new QScrollArea(this);
+
+    scroll->setFocusPolicy(Qt::NoFocus);  // only scrolls: Tab goes to what is inside
     scroll->setWidget(content);
     scroll->setWidgetResizable(true);
     scroll->setFrameShape(QFrame::NoFrame);

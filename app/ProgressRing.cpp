@@ -3,10 +3,12 @@
 #include "app/Theme.h"
 #include "app/ThemeColors.h"
 
+#include <QAccessible>
 #include <QPainter>
 #include <QPainterPath>
 
 #include <algorithm>
+#include <cmath>
 
 namespace corvale::app {
 
@@ -18,6 +20,8 @@ void ProgressRing::setValue(double share, const QString& centre) {
     m_share = std::clamp(share, 0.0, 1.0);
     m_centre = centre;
     setAccessibleDescription(centre);
+    QAccessibleValueChangeEvent changed(this, static_cast<int>(std::lround(m_share * 100)));
+    QAccessible::updateAccessibility(&changed);
     update();
 }
 

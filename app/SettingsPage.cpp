@@ -155,6 +155,8 @@ SettingsPage::SettingsPage(AppContext& context, QWidget* parent) : Screen(contex
     centred->addStretch(1);
 
     auto* scroll = new QScrollArea(this);
+
+    scroll->setFocusPolicy(Qt::NoFocus);  // only scrolls: Tab goes to what is inside
     scroll->setWidget(content);
     scroll->setWidgetResizable(true);
     scroll->setFrameShape(QFrame::NoFrame);
@@ -296,7 +298,7 @@ QFrame* SettingsPage::buildBackup(QWidget* content) {
                             "Keep it somewhere other than this computer."),
                          content, body);
     m_lastBackup = makeLabel(QString(), "detail", frame);
-    m_lastBackup->setAccessibleName(tr("Last backup"));
+    setHandle(m_lastBackup, tr("Last backup"));
     body->addWidget(m_lastBackup);
 
     m_exportButton = new QPushButton(tr("Export backup…"), frame);
@@ -370,7 +372,7 @@ QFrame* SettingsPage::buildAnotherDevice(QWidget* content) {
                             "it asks for the key file's passphrase once."),
                          content, body);
     m_vaultFolder = makeLabel(QString(), "footnote", frame);
-    m_vaultFolder->setAccessibleName(tr("Vault folder"));
+    setHandle(m_vaultFolder, tr("Vault folder"));
     m_vaultFolder->setTextInteractionFlags(Qt::TextSelectableByMouse);
     body->addWidget(m_vaultFolder);
     m_keyButton = new QPushButton(tr("Export key file…"), frame);

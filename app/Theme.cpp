@@ -1,11 +1,14 @@
 #include "app/Theme.h"
 
+#include "app/Accessibility.h"
 #include "app/ThemeColors.h"
 
 #include <QApplication>
 #include <QEvent>
 #include <QLabel>
 #include <QWidget>
+
+#include <string_view>
 
 namespace corvale::app {
 namespace {
@@ -204,7 +207,8 @@ QColor colorForShare(double share) {
 }
 
 QLabel* makeLabel(const QString& text, const char* objectName, QWidget* parent) {
-    auto* label = new QLabel(text, parent);
+    const std::string_view style(objectName);
+    auto* label = style == "title" || style == "sectionTitle" ? new HeadingLabel(text, parent) : new QLabel(text, parent);
     label->setObjectName(QString::fromLatin1(objectName));
     label->setWordWrap(true);
     return label;

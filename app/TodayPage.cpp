@@ -2,6 +2,7 @@
 
 #include "requirements/Readiness.h"
 
+#include "app/FormParts.h"
 #include "app/ProgressRing.h"
 #include "app/Theme.h"
 #include "app/ThemeColors.h"
@@ -158,7 +159,7 @@ TodayPage::TodayPage(QWidget* parent) : QWidget(parent) {
     scaleFont(heading, 1.8, QFont::DemiBold);
     m_headline = makeLabel(QString(), "headline", header);
     scaleFont(m_headline, 1.2);
-    m_headline->setAccessibleName(tr("Headline"));
+    setHandle(m_headline, tr("Headline"));
     m_date = makeLabel(QString(), "caption", header);
     auto* words = new QVBoxLayout;
     words->addStretch(1);
@@ -179,6 +180,8 @@ TodayPage::TodayPage(QWidget* parent) : QWidget(parent) {
     column->addStretch(1);
 
     auto* scroll = new QScrollArea(this);
+
+    scroll->setFocusPolicy(Qt::NoFocus);  // only scrolls: Tab goes to what is inside
     scroll->setWidget(content);
     scroll->setWidgetResizable(true);
     scroll->setFrameShape(QFrame::NoFrame);

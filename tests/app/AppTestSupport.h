@@ -17,6 +17,7 @@
 #include "vault/VaultStore.h"
 
 #include <QAbstractButton>
+#include <QAbstractSpinBox>
 #include <QComboBox>
 #include <QDir>
 #include <QLabel>
@@ -128,10 +129,33 @@ inline void screenshot(QWidget& widget, const QString& name, QSize size = {1280,
     QVERIFY2(clipped.isEmpty(), qPrintable(name + QStringLiteral(" cuts off: ") + clipped.join(QStringLiteral(" | "))));
 }
 
+// Controls the keyboard stops at and the user can see, leaving out the
+// editor inside a spin box or combo box: its frame is the box's.
+inline QList<QWidget*> focusableControls(QWidget& root) {
+    QList<QWidget*> controls;
+    for (auto* widget : root.findChildren<QWidget*>()) {
+        if (!(widget->focusPolicy() & Qt::TabFocus) || !widget->isVisibleTo(&root) || !widget->isEnabled()) continue;
+        if (widget->focusProxy()) continue;
+        const QWidget* parent = widget->parentWidget();
+        if (qobject_cast<const QAbstractSpinBox*>(parent) || qobject_cast<const QComboBox*>(parent)) continue;
+        if (widget->width() < 8 || widget->height() < 8) continue;
+        controls << widget;
+    }
+    return controls;
+}
+
+inline QString describe(const QWidget* widget) {
+    const QString name = widget->accessibleName().isEmpty() ? widget->objectName() : widget->accessibleName();
+    const auto* button = qobject_cast<const QAbstractButton*>(widget);
+    return QStringLiteral("%1 '%2'").arg(QString::fromLatin1(widget->metaObject()->className()),
+                                         button && name.isEmpty() ? button->text() : name);
+}
+
 template <class Widget>
 Widget* named(QWidget& root, const QString& accessibleName) {
     for (auto* widget : root.findChildren<Widget*>())
-        if (widget->accessibleName() == accessibleName) return widget;
+        if (widget->accessibleName() == accessibleName || widget->property("handle").toString() == accessibleName)
+            return widget;
     return nullptr;
 }
 

@@ -91,7 +91,7 @@ QString shownError(QWidget& root, const QString& accessibleName) {
 // Cards replaced on a reload linger hidden until the event loop deletes them.
 QString labelText(QWidget& root, const QString& accessibleName) {
     for (auto* label : root.findChildren<QLabel*>())
-        if (label->accessibleName() == accessibleName && label->isVisibleTo(&root)) return label->text();
+        if (label->property("handle").toString() == accessibleName && label->isVisibleTo(&root)) return label->text();
     return QString();
 }
 

@@ -19,6 +19,8 @@ namespace corvale::app {
 
 using testing::Device;
 using testing::rules;
+using testing::describe;
+using testing::focusableControls;
 
 namespace {
 
@@ -56,28 +58,6 @@ int pixelsNear(const QImage& image, const QColor& color) {
         for (int x = 0; x < image.width(); ++x)
             if (near(image.pixel(x, y), color)) ++count;
     return count;
-}
-
-// Controls the keyboard stops at and the user can see, leaving out the
-// editor inside a spin box or combo box: its frame is the box's.
-QList<QWidget*> focusableControls(QWidget& root) {
-    QList<QWidget*> controls;
-    for (auto* widget : root.findChildren<QWidget*>()) {
-        if (!(widget->focusPolicy() & Qt::TabFocus) || !widget->isVisibleTo(&root) || !widget->isEnabled()) continue;
-        if (widget->focusProxy()) continue;
-        const QWidget* parent = widget->parentWidget();
-        if (qobject_cast<const QAbstractSpinBox*>(parent) || qobject_cast<const QComboBox*>(parent)) continue;
-        if (widget->width() < 8 || widget->height() < 8) continue;
-        controls << widget;
-    }
-    return controls;
-}
-
-QString describe(const QWidget* widget) {
-    const QString name = widget->accessibleName().isEmpty() ? widget->objectName() : widget->accessibleName();
-    const auto* button = qobject_cast<const QAbstractButton*>(widget);
-    return QStringLiteral("%1 '%2'").arg(QString::fromLatin1(widget->metaObject()->className()),
-                                         button && name.isEmpty() ? button->text() : name);
 }
 
 }  // namespace

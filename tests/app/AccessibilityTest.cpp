@@ -1,0 +1,154 @@
+// What a screen reader and a keyboard user meet on every screen: each control
+// the keyboard stops at has a name, a label that carries information is read
+// as its text, titles are headings, rings are progress bars with their value,
+// and Tab always leaves a table.
+
+#include "AppTestSupport.h"
+#include "app/CMEPage.h"
+#include "app/LicensesPage.h"
+#include "app/MainWindow.h"
+#include "app/ProgressRing.h"
+
+#include <QAbstractItemView>
+#include <QAccessible>
+#include <QAccessibleValueInterface>
+#include <QApplication>
+#include <QLabel>
+#include <QListWidget>
+#include <QTest>
+#include <QTextDocument>
+
+#include <algorithm>
+
+namespace corvale::app {
+
+using testing::describe;
+using testing::Device;
+using testing::focusableControls;
+using testing::rules;
+
+namespace {
+
+QString plainText(const QLabel& label) {
+    if (label.textFormat() == Qt::PlainText || !Qt::mightBeRichText(label.text())) return label.text();
+    QTextDocument document;
+    document.setHtml(label.text());
+    return document.toPlainText();
+}
+
+QString accessibleName(QWidget* widget) {
+    QAccessibleInterface* face = QAccessible::queryAccessibleInterface(widget);
+    return face ? face->text(QAccessible::Name) : QString();
+}
+
+// Everything wrong with what `where` shows now, one line a fault.
+QStringList faultsOn(QWidget& window, const QString& where) {
+    QStringList faults;
+    for (auto* control : focusableControls(window)) {
+        if (accessibleName(control).trimmed().isEmpty())
+            faults << where + QStringLiteral(": a control without a name: ") + describe(control);
+    }
+    for (auto* label : window.findChildren<QLabel*>()) {
+        if (!label->isVisibleTo(&window) || label->text().isEmpty() || label->accessibleName().isEmpty()) continue;
+        if (label->accessibleName() != plainText(*label))
+            faults << where + QStringLiteral(": '%1' is read as '%2'").arg(plainText(*label), label->accessibleName());
+    }
+    for (auto* label : window.findChildren<QLabel*>()) {
+        const bool title = label->objectName() == QLatin1String("title") ||
+                           label->objectName() == QLatin1String("sectionTitle");
+        if (title && label->isVisibleTo(&window) && !label->text().isEmpty() &&
+            QAccessible::queryAccessibleInterface(label)->role() != QAccessible::Heading)
+            faults << where + QStringLiteral(": the title '%1' is not a heading").arg(label->text());
+    }
+    for (auto* ring : window.findChildren<ProgressRing*>()) {
+        if (!ring->isVisibleTo(&window)) continue;
+        QAccessibleInterface* face = QAccessible::queryAccessibleInterface(ring);
+        QAccessibleValueInterface* value = face->valueInterface();
+        if (face->role() != QAccessible::ProgressBar || !value ||
+            value->currentValue().toInt() != qRound(ring->share() * 100) || face->text(QAccessible::Name).isEmpty())
+            faults << where + QStringLiteral(": the ring ") + describe(ring) + QStringLiteral(" is not a progress bar with its value");
+    }
+    // The sidebar goes last: moving through it changes the screen.
+    auto views = window.findChildren<QAbstractItemView*>();
+    std::stable_partition(views.begin(), views.end(),
+                          [](const QAbstractItemView* view) { return !qobject_cast<const QListWidget*>(view); });
+    for (auto* view : views) {
+        if (!view->isVisibleTo(&window) || !(view->focusPolicy() & Qt::TabFocus) || !view->isEnabled()) continue;
+        if (view->model() && view->model()->rowCount() > 1) {
+            view->setFocus(Qt::TabFocusReason);
+            view->setCurrentIndex(view->model()->index(0, 0));
+            QTest::keyClick(view, Qt::Key_Down);
+            if (view->currentIndex().row() != 1 && !view->currentIndex().parent().isValid())
+                faults << where + QStringLiteral(": the arrow keys do not move through ") + describe(view);
+        }
+        view->setFocus(Qt::TabFocusReason);
+        QTest::keyClick(view, Qt::Key_Tab);
+        QWidget* now = QApplication::focusWidget();
+        if (now == view || (now && view->isAncestorOf(now)))
+            faults << where + QStringLiteral(": Tab cannot leave ") + describe(view);
+    }
+    return faults;
+}
+
+}  // namespace
+
+class AccessibilityTest : public QObject {
+    Q_OBJECT
+
+private slots:
+    void everyScreenNamesItsControlsAndLetsTheKeyboardThrough() {
+        QStringList faults;
+        {
+            Device empty;
+            MainWindow window(empty.setup(), rules());
+            window.show();
+            window.start();
+            QVERIFY(QTest::qWaitForWindowActive(&window));
+            faults << faultsOn(window, QStringLiteral("onboarding"));
+        }
+        Device device;
+        MainWindow window(device.setup(), rules());
+        testing::fillSampleOffice(window.store());
+        window.show();
+        window.start();
+        QVERIFY(QTest::qWaitForWindowActive(&window));
+        const QStringList screens{QStringLiteral("today"), QStringLiteral("licenses"), QStringLiteral("cme"),
+                                  QStringLiteral("profile"), QStringLiteral("settings")};
+        for (int screen = 0; screen < screens.size(); ++screen) {
+            QTest::keyClick(&window, static_cast<Qt::Key>(Qt::Key_1 + screen), Qt::ControlModifier);
+            QTest::qWait(20);
+            faults << faultsOn(window, screens[screen]);
+        }
+        window.showScreen(QStringLiteral("licenses"));
+        window.licensesPage()->newCredential();
+        QTest::qWait(20);
+        faults << faultsOn(window, QStringLiteral("credential editor"));
+        window.showScreen(QStringLiteral("cme"));
+        window.cmePage()->logActivity();
+        QTest::qWait(20);
+        faults << faultsOn(window, QStringLiteral("activity editor"));
+        for (const auto& fault : faults) qWarning("%s", qPrintable(fault));
+        QCOMPARE(faults.size(), 0);
+    }
+
+    // A screen switch puts focus on the page, so Enter starts nothing.
+    void aScreenSwitchFocusesThePageNotAnAction() {
+        Device device;
+        MainWindow window(device.setup(), rules());
+        testing::fillSampleVault(window.store());
+        window.show();
+        window.start();
+        QVERIFY(QTest::qWaitForWindowActive(&window));
+        for (int screen = 0; screen < 5; ++screen) {
+            QTest::keyClick(&window, static_cast<Qt::Key>(Qt::Key_1 + screen), Qt::ControlModifier);
+            QWidget* focus = QApplication::focusWidget();
+            QVERIFY2(!qobject_cast<QAbstractButton*>(focus),
+                     qPrintable(QStringLiteral("screen %1 focuses %2").arg(screen + 1).arg(focus ? describe(focus) : QString())));
+        }
+    }
+};
+
+}  // namespace corvale::app
+
+QTEST_MAIN(corvale::app::AccessibilityTest)
+#include "AccessibilityTest.moc"
