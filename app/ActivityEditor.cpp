@@ -85,6 +85,7 @@ FieldColumn field(const QString& caption, QWidget* input, QWidget* parent, bool 
     if (!canBeWrong) return {layout, nullptr};
     auto* error = makeLabel(QString(), "error", parent);
     setHandle(error, caption + QObject::tr(" error"));
+    tieError(error, input);
     error->hide();
     layout->addWidget(error);
     return {layout, error};
@@ -463,16 +464,11 @@ void ActivityEditor::fillCertificates() {
 }
 
 void ActivityEditor::clearErrors() {
-    for (QLabel* label : {m_titleError, m_completedError, m_hoursError, m_costError, m_certificateError, m_saveError}) {
-        label->clear();
-        label->hide();
-    }
+    for (QLabel* label : {m_titleError, m_completedError, m_hoursError, m_costError, m_certificateError, m_saveError})
+        showMessage(label, QString());
 }
 
-void ActivityEditor::showError(QLabel* label, const QString& text) {
-    label->setText(text);
-    label->show();
-}
+void ActivityEditor::showError(QLabel* label, const QString& text) { showMessage(label, text); }
 
 bool ActivityEditor::save() {
     if (!isEditing()) return false;

@@ -197,6 +197,7 @@ QWidget* CredentialEditor::withError(QWidget* field, const QString& name) {
     column->addWidget(field);
     auto* error = makeLabel(QString(), "error", box);
     setHandle(error, name + tr(" error"));
+    tieError(error, field);
     error->hide();
     column->addWidget(error);
     m_state->errors.insert(name, error);
@@ -717,10 +718,7 @@ void CredentialEditor::setError(const QString& field, const QString& sentence) {
 }
 
 void CredentialEditor::clearErrors() {
-    for (QLabel* label : std::as_const(m_state->errors)) {
-        label->clear();
-        label->hide();
-    }
+    for (QLabel* label : std::as_const(m_state->errors)) showMessage(label, QString());
     m_saveError->hide();
 }
 
@@ -971,7 +969,7 @@ void CredentialEditor::chooseFileToAttach() {
 
 bool CredentialEditor::attachFile(const QString& path) {
     if (!isOpen()) return false;
-    if (QLabel* error = m_state->errors.value(tr("Documents"))) error->hide();
+    if (QLabel* error = m_state->errors.value(tr("Documents"))) showMessage(error, QString());
     const QString filename = QFileInfo(path).fileName();
     const auto kind = documentKindFor(credentialKindFromRaw(m_kind->currentData().toString().toStdString()));
     const auto stored = storeFile(m_context.store, path, chosenPersonId().toStdString(), rawValue(kind));

@@ -2,6 +2,7 @@
 
 #include "app/Theme.h"
 
+#include <QAccessible>
 #include <QFrame>
 #include <QHBoxLayout>
 #include <QLabel>
@@ -29,6 +30,17 @@ void setHandle(QWidget* widget, const QString& handle) { widget->setProperty("ha
 void showMessage(QLabel* label, const QString& message) {
     label->setText(message);
     label->setVisible(!message.isEmpty());
+    if (auto* field = qobject_cast<QWidget*>(label->property("errorFor").value<QObject*>()))
+        field->setAccessibleDescription(message);
+    if (!message.isEmpty()) {
+        // Said as it appears, not only when the user happens to move onto it.
+        QAccessibleEvent alert(label, QAccessible::Alert);
+        QAccessible::updateAccessibility(&alert);
+    }
+}
+
+void tieError(QLabel* error, QWidget* field) {
+    error->setProperty("errorFor", QVariant::fromValue(static_cast<QObject*>(field)));
 }
 
 QString notOnTheCalendar(const QString& typed) {

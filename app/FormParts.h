@@ -21,6 +21,9 @@ QLabel* errorLabel(const QString& accessibleName, QWidget* parent);
 void setHandle(QWidget* widget, const QString& handle);
 // Shows the message, or hides the label when it is empty.
 void showMessage(QLabel* label, const QString& message);
+// Ties an error label to the field it speaks of: while it shows, the field's
+// accessible description is the error, so a screen reader reads both together.
+void tieError(QLabel* error, QWidget* field);
 
 // For a date typed in the right form that the calendar does not have (2027-02-30).
 QString notOnTheCalendar(const QString& typed);

@@ -62,8 +62,7 @@ SecureBytes takePassword(QInputDialog& dialog) {
 }
 
 void LockPage::showError(const QString& message) {
-    m_error->setText(message);
-    m_error->setVisible(!message.isEmpty());
+    showMessage(m_error, message);
 }
 
 QString LockPage::errorText() const { return m_error->isVisibleTo(this) ? m_error->text() : QString(); }

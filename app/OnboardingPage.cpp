@@ -308,9 +308,7 @@ QString OnboardingPage::noticeText() const { return m_notice->isVisibleTo(this) 
 OnboardingPage::Way OnboardingPage::way() const { return static_cast<Way>(m_forms->currentIndex()); }
 
 void OnboardingPage::showError(const QString& message) {
-    QLabel* error = m_errors.at(static_cast<std::size_t>(m_forms->currentIndex()));
-    error->setText(message);
-    error->setVisible(!message.isEmpty());
+    showMessage(m_errors.at(static_cast<std::size_t>(m_forms->currentIndex())), message);
 }
 
 void OnboardingPage::submitJoin() {

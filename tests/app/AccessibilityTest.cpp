@@ -5,6 +5,7 @@
 
 #include "AppTestSupport.h"
 #include "app/CMEPage.h"
+#include "app/CredentialEditor.h"
 #include "app/LicensesPage.h"
 #include "app/MainWindow.h"
 #include "app/ProgressRing.h"
@@ -14,6 +15,7 @@
 #include <QAccessibleValueInterface>
 #include <QApplication>
 #include <QLabel>
+#include <QLineEdit>
 #include <QListWidget>
 #include <QTest>
 #include <QTextDocument>
@@ -129,6 +131,29 @@ private slots:
         faults << faultsOn(window, QStringLiteral("activity editor"));
         for (const auto& fault : faults) qWarning("%s", qPrintable(fault));
         QCOMPARE(faults.size(), 0);
+    }
+
+    // A refused save ties what is wrong to the field, which a screen reader reads with its name.
+    void anErrorIsAnnouncedAndTiedToItsField() {
+        Device device;
+        MainWindow window(device.setup(), rules());
+        testing::fillSampleVault(window.store());
+        window.show();
+        window.start();
+        QVERIFY(QTest::qWaitForWindowActive(&window));
+        window.showScreen(QStringLiteral("licenses"));
+        window.licensesPage()->newCredential();
+        auto* editor = window.findChild<CredentialEditor*>();
+        QLineEdit* expires = testing::field(*editor, QStringLiteral("Expires on"));
+        expires->setText(QStringLiteral("2027-02-30"));
+        QVERIFY(testing::press(*editor, QStringLiteral("Save")));
+        const QString sentence = testing::problem(window, QStringLiteral("Expires on error"));
+        QCOMPARE(sentence, QStringLiteral("There's no 2027-02-30 on the calendar, so check the day and month."));
+        QCOMPARE(QAccessible::queryAccessibleInterface(expires)->text(QAccessible::Description), sentence);
+
+        expires->setText(QStringLiteral("2027-02-28"));
+        editor->save();
+        QVERIFY(!QAccessible::queryAccessibleInterface(expires)->text(QAccessible::Description).contains(sentence));
     }
 
     // A screen switch puts focus on the page, so Enter starts nothing.
