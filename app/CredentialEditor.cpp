@@ -490,6 +490,8 @@ void CredentialEditor::build() {
     auto* detachShortcut = new QShortcut(QKeySequence::Delete, m_documentList, this, &CredentialEditor::detachDocument);
     detachShortcut->setContext(Qt::WidgetShortcut);
     detachShortcut->setWhatsThis(tr("Detach the selected document"));
+    // Fields move into their error boxes after they are made, which would send Tab out of reading order.
+    orderTabsAsLaidOut(this);
     guardWheel(this);
 }
 

@@ -3,10 +3,13 @@
 #include "app/Theme.h"
 
 #include <QAccessible>
+#include <QFormLayout>
 #include <QFrame>
+#include <QGridLayout>
 #include <QHBoxLayout>
 #include <QLabel>
 #include <QLineEdit>
+#include <QScrollArea>
 #include <QVBoxLayout>
 
 namespace corvale::app {
@@ -58,6 +61,45 @@ QFrame* card(const QString& heading, const QString& caption, QWidget* parent, QV
     body->addWidget(title);
     if (!caption.isEmpty()) body->addWidget(makeLabel(caption, "caption", frame));
     return frame;
+}
+
+namespace {
+
+void collectLaidOut(QLayoutItem* item, QList<QWidget*>& out);
+
+void collectLaidOut(QLayout* layout, QList<QWidget*>& out) {
+    if (!layout) return;
+    if (auto* form = qobject_cast<QFormLayout*>(layout)) {
+        for (int row = 0; row < form->rowCount(); ++row)
+            for (const auto role : {QFormLayout::LabelRole, QFormLayout::FieldRole, QFormLayout::SpanningRole})
+                if (QLayoutItem* item = form->itemAt(row, role)) collectLaidOut(item, out);
+        return;
+    }
+    if (auto* grid = qobject_cast<QGridLayout*>(layout)) {
+        for (int row = 0; row < grid->rowCount(); ++row)
+            for (int column = 0; column < grid->columnCount(); ++column)
+                if (QLayoutItem* item = grid->itemAtPosition(row, column)) collectLaidOut(item, out);
+        return;
+    }
+    for (int i = 0; i < layout->count(); ++i) collectLaidOut(layout->itemAt(i), out);
+}
+
+void collectLaidOut(QLayoutItem* item, QList<QWidget*>& out) {
+    if (QLayout* inner = item->layout()) return collectLaidOut(inner, out);
+    QWidget* widget = item->widget();
+    if (!widget || out.contains(widget)) return;
+    if (auto* scroll = qobject_cast<QScrollArea*>(widget); scroll && scroll->widget())
+        return collectLaidOut(scroll->widget()->layout(), out);
+    if (widget->layout()) return collectLaidOut(widget->layout(), out);
+    if (widget->focusPolicy() & Qt::TabFocus) out << widget;
+}
+
+}  // namespace
+
+void orderTabsAsLaidOut(QWidget* root) {
+    QList<QWidget*> order;
+    collectLaidOut(root->layout(), order);
+    for (qsizetype i = 1; i < order.size(); ++i) QWidget::setTabOrder(order[i - 1], order[i]);
 }
 
 void centreCard(QWidget* page, QWidget* card) {

@@ -35,5 +35,8 @@ QFrame* card(const QString& heading, const QString& caption, QWidget* parent, QV
 // A row of stretches centres it rather than an alignment flag, which would
 // size the card by its unwrapped text and clip wrapped sentences.
 void centreCard(QWidget* page, QWidget* card);
+// Makes Tab follow the order the layouts place things in, top to bottom and
+// left to right, instead of the order the widgets were made or moved in.
+void orderTabsAsLaidOut(QWidget* root);
 
 }  // namespace corvale::app

@@ -4,6 +4,7 @@
 // and Tab always leaves a table.
 
 #include "AppTestSupport.h"
+#include "app/ActivityEditor.h"
 #include "app/CMEPage.h"
 #include "app/CredentialEditor.h"
 #include "app/LicensesPage.h"
@@ -21,6 +22,7 @@
 #include <QTextDocument>
 
 #include <algorithm>
+#include <cstdlib>
 
 namespace corvale::app {
 
@@ -92,6 +94,27 @@ QStringList faultsOn(QWidget& window, const QString& where) {
     return faults;
 }
 
+// Tabs through `area` from where it put focus on opening and says where the
+// order runs against reading order: up the page, or leftwards within a row.
+QStringList tabOrderFaults(QWidget& area, const QString& where) {
+    QStringList faults;
+    QWidget* previous = QApplication::focusWidget();
+    if (!previous || !area.isAncestorOf(previous))
+        faults << where + QStringLiteral(" opens without focus in its first field");
+    for (int step = 0; step < 60 && previous && area.isAncestorOf(previous); ++step) {
+        QTest::keyClick(previous, Qt::Key_Tab);
+        QWidget* next = QApplication::focusWidget();
+        if (!next || !area.isAncestorOf(next) || next == previous) break;
+        const QPoint from = previous->mapTo(&area, QPoint(0, previous->height() / 2));
+        const QPoint to = next->mapTo(&area, QPoint(0, next->height() / 2));
+        const bool sameRow = std::abs(from.y() - to.y()) < 12;
+        if ((!sameRow && to.y() < from.y()) || (sameRow && to.x() < from.x()))
+            faults << where + QStringLiteral(": Tab goes from %1 back to %2").arg(describe(previous), describe(next));
+        previous = next;
+    }
+    return faults;
+}
+
 }  // namespace
 
 class AccessibilityTest : public QObject {
@@ -124,10 +147,13 @@ private slots:
         window.showScreen(QStringLiteral("licenses"));
         window.licensesPage()->newCredential();
         QTest::qWait(20);
+        auto* credentialEditor = window.findChild<CredentialEditor*>();
+        faults << tabOrderFaults(*credentialEditor, QStringLiteral("credential editor"));
         faults << faultsOn(window, QStringLiteral("credential editor"));
         window.showScreen(QStringLiteral("cme"));
         window.cmePage()->logActivity();
         QTest::qWait(20);
+        faults << tabOrderFaults(*window.findChild<ActivityEditor*>(), QStringLiteral("activity editor"));
         faults << faultsOn(window, QStringLiteral("activity editor"));
         for (const auto& fault : faults) qWarning("%s", qPrintable(fault));
         QCOMPARE(faults.size(), 0);
