@@ -6,6 +6,7 @@
 #include "app/AppContext.h"
 #include "app/CMECategories.h"
 #include "app/ProgressRing.h"
+#include "app/SidePanel.h"
 #include "app/Theme.h"
 #include "platform/Clock.h"
 #include "records/RecordEnums.h"
@@ -148,12 +149,16 @@ CMEPage::CMEPage(AppContext& context, QWidget* parent) : Screen(context, parent)
     cardArea->setHorizontalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
     cardArea->setSizePolicy(QSizePolicy::Preferred, QSizePolicy::Fixed);
     cardArea->setMaximumHeight(300);
+    m_cardArea = cardArea;
 
     m_search = new QLineEdit(this);
     m_search->setAccessibleName(tr("Search activities"));
     m_search->setPlaceholderText(tr("Search title or provider"));
     m_search->setClearButtonEnabled(true);
+    m_search->setMinimumWidth(140);
     m_category = new QComboBox(this);
+    m_category->setSizeAdjustPolicy(QComboBox::AdjustToMinimumContentsLengthWithIcon);
+    m_category->setMinimumContentsLength(10);
     m_category->setAccessibleName(tr("Category filter"));
     m_category->addItem(tr("All categories"), QString());
     for (const CMECategory category : allCMECategories())
@@ -164,10 +169,14 @@ CMEPage::CMEPage(AppContext& context, QWidget* parent) : Screen(context, parent)
     m_licence->setMinimumContentsLength(12);
     m_period = new QComboBox(this);
     m_period->setAccessibleName(tr("Period"));
+    m_period->setSizeAdjustPolicy(QComboBox::AdjustToMinimumContentsLengthWithIcon);
+    m_period->setMinimumContentsLength(8);
     m_period->addItem(tr("All time"), AllTime);
     m_period->addItem(tr("This year"), ThisYear);
     m_period->addItem(tr("Last 12 months"), LastYear);
+    m_searchRow = new QHBoxLayout;
     auto* filters = new QHBoxLayout;
+    m_filterRow = filters;
     filters->setSpacing(10);
     filters->addWidget(m_search, 3);
     filters->addWidget(m_category, 2);
@@ -227,23 +236,27 @@ CMEPage::CMEPage(AppContext& context, QWidget* parent) : Screen(context, parent)
     m_footer = makeLabel(QString(), "caption", this);
     setHandle(m_footer, tr("Total shown"));
 
-    auto* column = new QVBoxLayout;
+    m_listColumn = new QWidget(this);
+    auto* column = new QVBoxLayout(m_listColumn);
+    column->setContentsMargins(0, 0, 0, 0);
     column->setSpacing(14);
     column->addLayout(header);
     column->addWidget(m_cardsHeading);
     column->addWidget(cardArea);
     column->addSpacing(4);
+    column->addLayout(m_searchRow);
     column->addLayout(filters);
     column->addWidget(m_undoBar);
     column->addWidget(listHolder, 1);
     column->addWidget(m_footer);
 
     m_editor = new ActivityEditor(context, this);
-    m_editor->setFixedWidth(400);
+    new SidePanel(m_listColumn, m_editor, 400, 640);
+    m_listColumn->installEventFilter(this);
     auto* layout = new QHBoxLayout(this);
     layout->setContentsMargins(32, 24, 32, 20);
     layout->setSpacing(20);
-    layout->addLayout(column, 1);
+    layout->addWidget(m_listColumn, 1);
     layout->addWidget(m_editor);
 
     setTabOrder(logButton, m_search);
@@ -296,7 +309,25 @@ QString CMEPage::footerText() const { return m_footer->text(); }
 
 bool CMEPage::eventFilter(QObject* watched, QEvent* event) {
     if (watched == m_view->viewport() && event->type() == QEvent::Resize) sizeColumns();
+    if (watched == m_listColumn && event->type() == QEvent::Resize) placeSearch();
     return Screen::eventFilter(watched, event);
+}
+
+// The search shares the filters' row where they all fit, and has a row of its own where they don't.
+void CMEPage::placeSearch() {
+    const bool together = m_filterRow->indexOf(m_search) >= 0;
+    const int oneRow =
+        m_filterRow->minimumSize().width() + (together ? 0 : m_search->minimumWidth() + m_filterRow->spacing());
+    QBoxLayout* target = m_listColumn->width() < oneRow ? m_searchRow : m_filterRow;
+    if (target->indexOf(m_search) >= 0) return;
+    (target == m_searchRow ? m_filterRow : m_searchRow)->removeWidget(m_search);
+    target->insertWidget(0, m_search, 3);
+}
+
+// In a short window the cycle cards give up height, so the activities stay in view.
+void CMEPage::resizeEvent(QResizeEvent* event) {
+    Screen::resizeEvent(event);
+    m_cardArea->setMaximumHeight(std::clamp(height() * 2 / 5, 170, 300));
 }
 
 void CMEPage::sizeColumns() {

@@ -12,6 +12,7 @@
 #include <vector>
 
 class QAbstractItemView;
+class QBoxLayout;
 class QComboBox;
 class QFrame;
 class QGridLayout;
@@ -46,6 +47,7 @@ public:
 
 protected:
     bool eventFilter(QObject* watched, QEvent* event) override;
+    void resizeEvent(QResizeEvent* event) override;
 
 private:
     struct Licence {
@@ -58,6 +60,7 @@ private:
 
     void layoutCards();
     void sizeColumns();
+    void placeSearch();
     void fillLicenceFilter();
     void applyFilters();
     void updateFooter();
@@ -73,6 +76,10 @@ private:
     QLabel* m_cardsHeading = nullptr;
     QGridLayout* m_cards = nullptr;
     QLineEdit* m_search = nullptr;
+    QWidget* m_cardArea = nullptr;
+    QWidget* m_listColumn = nullptr;
+    QBoxLayout* m_searchRow = nullptr;
+    QBoxLayout* m_filterRow = nullptr;
     QComboBox* m_category = nullptr;
     QComboBox* m_licence = nullptr;
     QComboBox* m_period = nullptr;

@@ -8,9 +8,11 @@
 
 #include "app/CredentialEditor.h"
 #include "app/CredentialListModel.h"
+#include "app/SidePanel.h"
 #include "app/Theme.h"
 
 #include <QComboBox>
+#include <QEvent>
 #include <QFrame>
 #include <QHBoxLayout>
 #include <QHeaderView>
@@ -23,6 +25,7 @@
 #include <QVBoxLayout>
 
 #include <algorithm>
+#include <utility>
 
 namespace corvale::app {
 namespace {
@@ -49,7 +52,7 @@ LicensesPage::LicensesPage(AppContext& context, QWidget* parent) : Screen(contex
     m_search->setAccessibleName(tr("Search credentials"));
     m_search->setPlaceholderText(tr("Search by name, number, state or person"));
     m_search->setClearButtonEnabled(true);
-    m_search->setMinimumWidth(320);
+    m_search->setMinimumWidth(160);
     m_grouping = new QComboBox(this);
     m_grouping->setAccessibleName(tr("Group by"));
     m_grouping->addItem(tr("Group by status"), static_cast<int>(Grouping::status));
@@ -104,11 +107,8 @@ LicensesPage::LicensesPage(AppContext& context, QWidget* parent) : Screen(contex
     header->setSectionResizeMode(QHeaderView::Interactive);
     header->setSectionResizeMode(CredentialListModel::NameColumn, QHeaderView::Stretch);
     header->setMinimumSectionSize(60);
-    header->resizeSection(CredentialListModel::PersonColumn, 112);
-    header->resizeSection(CredentialListModel::NumberColumn, 98);
-    header->resizeSection(CredentialListModel::ExpiresColumn, 102);
-    header->resizeSection(CredentialListModel::DaysLeftColumn, 150);
-    header->resizeSection(CredentialListModel::StatusColumn, 128);
+    m_view->viewport()->installEventFilter(this);
+    sizeColumns();
     m_noMatch = makeLabel(QString(), "detail", listCard);
     m_noMatch->setAlignment(Qt::AlignCenter);
     m_noMatch->hide();
@@ -142,7 +142,7 @@ LicensesPage::LicensesPage(AppContext& context, QWidget* parent) : Screen(contex
     m_body->addWidget(emptyCard);
 
     m_editor = new CredentialEditor(context, this);
-    m_editor->setFixedWidth(390);
+    new SidePanel(m_body, m_editor, 390, 500);
 
     auto* body = new QHBoxLayout;
     body->setSpacing(16);
@@ -240,6 +240,7 @@ void LicensesPage::reload() {
         }
     }
     m_view->setColumnHidden(CredentialListModel::PersonColumn, !m_office);
+    sizeColumns();
 
     const bool empty = m_model->credentialCount() == 0;
     m_body->setCurrentIndex(empty ? 1 : 0);
@@ -431,6 +432,27 @@ void LicensesPage::groupingChanged() {
     restoreExpansion();
     if (!selected.isEmpty()) select(selected);
     updateActions();
+}
+
+bool LicensesPage::eventFilter(QObject* watched, QEvent* event) {
+    if (watched == m_view->viewport() && event->type() == QEvent::Resize) sizeColumns();
+    return Screen::eventFilter(watched, event);
+}
+
+// The columns beside the name keep their widths while there is room; in a
+// narrow window they give up width together so the name keeps a third.
+void LicensesPage::sizeColumns() {
+    static constexpr std::pair<int, int> kWidths[] = {{CredentialListModel::PersonColumn, 112},
+                                                      {CredentialListModel::NumberColumn, 98},
+                                                      {CredentialListModel::ExpiresColumn, 102},
+                                                      {CredentialListModel::DaysLeftColumn, 150},
+                                                      {CredentialListModel::StatusColumn, 128}};
+    int wanted = 0;
+    for (const auto& [column, width] : kWidths)
+        if (!m_view->isColumnHidden(column)) wanted += width;
+    const int room = m_view->viewport()->width() * 2 / 3;
+    for (const auto& [column, width] : kWidths)
+        m_view->header()->resizeSection(column, wanted > room && room > 0 ? std::max(60, width * room / wanted) : width);
 }
 
 }  // namespace corvale::app

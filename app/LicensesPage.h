@@ -43,7 +43,11 @@ public:
     CredentialEditor* editor() const;  // for tests
     QAbstractItemView* view() const;   // for tests
 
+protected:
+    bool eventFilter(QObject* watched, QEvent* event) override;
+
 private:
+    void sizeColumns();
     // With unsaved edits in the editor: asks first (or keeps them, for the
     // credential already open) and answers true; `open` runs after Save or Discard.
     bool askBeforeOpening(const QString& credentialId, const std::function<void()>& open);

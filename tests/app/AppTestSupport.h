@@ -119,15 +119,6 @@ inline QStringList clippedSentences(QWidget& root) {
     return clipped;
 }
 
-inline void screenshot(QWidget& widget, const QString& name, QSize size = {1280, 800}) {
-    widget.resize(size);
-    // Rows added to a visible layout show themselves on the next turn of the event loop.
-    QTest::qWait(50);
-    QDir().mkpath(QStringLiteral(CORVALE_SCREENSHOT_DIR));
-    QVERIFY(widget.grab().save(QStringLiteral(CORVALE_SCREENSHOT_DIR "/%1.png").arg(name)));
-    const QStringList clipped = clippedSentences(widget);
-    QVERIFY2(clipped.isEmpty(), qPrintable(name + QStringLiteral(" cuts off: ") + clipped.join(QStringLiteral(" | "))));
-}
 
 // Controls the keyboard stops at and the user can see, leaving out the
 // editor inside a spin box or combo box: its frame is the box's.
@@ -149,6 +140,49 @@ inline QString describe(const QWidget* widget) {
     const auto* button = qobject_cast<const QAbstractButton*>(widget);
     return QStringLiteral("%1 '%2'").arg(QString::fromLatin1(widget->metaObject()->className()),
                                          button && name.isEmpty() ? button->text() : name);
+}
+
+// Controls drawn over one another or past the window's edge, which the
+// user cannot reach or read.
+inline QStringList misplacedControls(QWidget& root) {
+    QStringList faults;
+    const QList<QWidget*> controls = focusableControls(root);
+    const QRect window = root.rect();
+    // What shows of a control once its parents have clipped it, in the root's coordinates.
+    const auto shown = [&](QWidget* control) {
+        QRect rect(control->mapTo(&root, QPoint(0, 0)), control->size());
+        for (QWidget* up = control->parentWidget(); up && up != &root; up = up->parentWidget())
+            rect &= QRect(up->mapTo(&root, QPoint(0, 0)), up->size());
+        return rect;
+    };
+    for (qsizetype i = 0; i < controls.size(); ++i) {
+        const QRect at = shown(controls[i]);
+        // Inside a scroll area a control may sit beyond the window until scrolled to.
+        bool inScrollArea = false;
+        for (QWidget* up = controls[i]->parentWidget(); up && up != &root; up = up->parentWidget())
+            if (up->objectName() == QLatin1String("qt_scrollarea_viewport")) inScrollArea = true;
+        if (!inScrollArea && (!window.contains(at) || at.size() != controls[i]->size()))
+            faults << describe(controls[i]) + QStringLiteral(" is cut off by the window");
+        for (qsizetype j = i + 1; j < controls.size(); ++j) {
+            if (controls[i]->isAncestorOf(controls[j]) || controls[j]->isAncestorOf(controls[i])) continue;
+            const QRect other = shown(controls[j]);
+            if (at.intersected(other).width() > 2 && at.intersected(other).height() > 2)
+                faults << describe(controls[i]) + QStringLiteral(" overlaps ") + describe(controls[j]);
+        }
+    }
+    return faults;
+}
+
+inline void screenshot(QWidget& widget, const QString& name, QSize size = {1280, 800}) {
+    widget.resize(size);
+    // Rows added to a visible layout show themselves on the next turn of the event loop.
+    QTest::qWait(50);
+    QDir().mkpath(QStringLiteral(CORVALE_SCREENSHOT_DIR));
+    QVERIFY(widget.grab().save(QStringLiteral(CORVALE_SCREENSHOT_DIR "/%1.png").arg(name)));
+    const QStringList clipped = clippedSentences(widget);
+    QVERIFY2(clipped.isEmpty(), qPrintable(name + QStringLiteral(" cuts off: ") + clipped.join(QStringLiteral(" | "))));
+    const QStringList misplaced = misplacedControls(widget);
+    QVERIFY2(misplaced.isEmpty(), qPrintable(name + QStringLiteral(": ") + misplaced.join(QStringLiteral(" | "))));
 }
 
 template <class Widget>

@@ -4,6 +4,8 @@
 
 #include "AppTestSupport.h"
 #include "app/MainWindow.h"
+#include "app/CMEPage.h"
+#include "app/LicensesPage.h"
 #include "app/ThemeColors.h"
 
 #include <QAbstractItemView>
@@ -12,7 +14,9 @@
 #include <QComboBox>
 #include <QImage>
 #include <QItemSelectionModel>
+#include <QHeaderView>
 #include <QPushButton>
+#include <QTreeView>
 #include <QTest>
 
 namespace corvale::app {
@@ -200,14 +204,31 @@ private slots:
             testing::fillSampleOffice(window.store());
             window.show();
             window.start();
-            const char* const names[] = {"today", "licenses", "cme"};
-            for (int screen = 0; screen < 3; ++screen) {
+            const char* const names[] = {"today", "licenses", "cme", "profile", "settings"};
+            for (int screen = 0; screen < 5; ++screen) {
                 QTest::keyClick(&window, static_cast<Qt::Key>(Qt::Key_1 + screen), Qt::ControlModifier);
                 QCOMPARE(window.pageName(), QString::fromLatin1(names[screen]));
-                for (const QSize size : {QSize(1920, 1080), QSize(900, 600)})
+                for (const QSize size : {QSize(1920, 1080), QSize(900, 600)}) {
                     testing::screenshot(window,
                                         QStringLiteral("theme-%1-%2-%3x%4")
                                             .arg(QString::fromLatin1(names[screen]), dark ? u"dark" : u"light")
+                                            .arg(size.width())
+                                            .arg(size.height()),
+                                        size);
+                    // The name reads first, so it keeps its share of a narrow list.
+                    if (auto* list = testing::named<QTreeView>(window, QStringLiteral("Credentials")))
+                        QVERIFY(list->header()->sectionSize(0) * 4 >= list->viewport()->width());
+                }
+            }
+            // Each editor beside its list where both fit, and on its own where they don't.
+            window.licensesPage()->newCredential();
+            window.cmePage()->logActivity();
+            for (const QString screen : {QStringLiteral("licenses"), QStringLiteral("cme")}) {
+                window.showScreen(screen);
+                for (const QSize size : {QSize(1920, 1080), QSize(1280, 800), QSize(900, 600)})
+                    testing::screenshot(window,
+                                        QStringLiteral("theme-%1-editor-%2-%3x%4")
+                                            .arg(screen, dark ? u"dark" : u"light")
                                             .arg(size.width())
                                             .arg(size.height()),
                                         size);
