@@ -397,6 +397,8 @@ void MainWindow::openFix(const QString& action, const QString& recordId) {
         m_licenses->renewCredential(recordId);
     } else if (action == QStringLiteral("attach")) {
         m_licenses->attachTo(recordId);
+    } else if (action == QStringLiteral("add")) {
+        m_licenses->newCredential();
     } else {
         m_licenses->editCredential(recordId);
     }

@@ -194,14 +194,31 @@ QString TodayPage::headline() const { return m_headline->text(); }
 
 void TodayPage::display(const Readiness& readiness, const Day& today) {
     const StandingScore& score = readiness.score;
-    m_score->setValue(score.value / 100.0, QString::number(score.value));
     m_headline->setText(text(score.headline));
-    m_date->setText(tr("Standing %1 of 100 on %2").arg(score.value).arg(text(today.formatted())));
-
     clear(m_deductions);
-    for (const auto& deduction : score.deductions) m_deductions->addWidget(deductionRow(deduction, this));
-    if (score.deductions.empty())
-        m_deductions->addWidget(makeLabel(tr("Nothing is costing you points."), "detail", nullptr));
+    if (readiness.input.active().empty()) {
+        // A full score over nothing tracked would read as all is well; say what to add first instead.
+        m_score->setValue(0, QStringLiteral("–"));
+        m_date->setText(tr("No score until a credential is tracked"));
+        auto* start = new QWidget;
+        auto* row = new QHBoxLayout(start);
+        row->setContentsMargins(0, 0, 0, 0);
+        row->addWidget(makeLabel(tr("Start with a state license: its renewal, reminders and education cycle follow "
+                                    "from it. Certifications, DEA and life-support cards can come next."),
+                                 "detail", start),
+                       1);
+        auto* add = new QPushButton(tr("Add a license"), start);
+        add->setObjectName(QStringLiteral("primary"));
+        connect(add, &QPushButton::clicked, this, [this] { emit fixRequested(QStringLiteral("add"), QString()); });
+        row->addWidget(add, 0, Qt::AlignTop);
+        m_deductions->addWidget(start);
+    } else {
+        m_score->setValue(score.value / 100.0, QString::number(score.value));
+        m_date->setText(tr("Standing %1 of 100 on %2").arg(score.value).arg(text(today.formatted())));
+        for (const auto& deduction : score.deductions) m_deductions->addWidget(deductionRow(deduction, this));
+        if (score.deductions.empty())
+            m_deductions->addWidget(makeLabel(tr("Nothing is costing you points."), "detail", nullptr));
+    }
 
     clear(m_renewals);
     auto credentials = readiness.input.active();

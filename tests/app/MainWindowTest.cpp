@@ -186,6 +186,27 @@ private slots:
         QCOMPARE(window.todayPage()->headline(), QStringLiteral("One credential has no copy attached."));
     }
 
+    // Nothing tracked is not a perfect score: Today says what to add first and takes the user there.
+    void aNewVaultSaysWhatToAddFirst() {
+        Device device;
+        MainWindow window(device.setup(), rules());
+        Onboarding onboarding;
+        onboarding.owner.name = "Ana Ruiz";
+        onboarding.owner.degree = "MD";
+        QVERIFY(window.store().create(onboarding).ok());
+        window.show();
+        window.start();
+        TodayPage* today = window.todayPage();
+        QCOMPARE(today->scoreRing()->centreText(), QStringLiteral("–"));
+        QCOMPARE(today->scoreRing()->share(), 0.0);
+        QCOMPARE(today->headline(), QStringLiteral("Add a license to start tracking."));
+        screenshot(window, "today-new-vault");
+        QVERIFY(testing::press(*today, QStringLiteral("Add a license")));
+        QCOMPARE(window.pageName(), QStringLiteral("licenses"));
+        auto* editor = window.findChild<CredentialEditor*>();
+        QVERIFY(editor->isOpen() && editor->credentialId().isEmpty());
+    }
+
     void lockingLeavesAnEmptyDocumentAndTheLastEditOnDisk() {
         Device device;
         auto windowOwner = std::make_unique<MainWindow>(device.setup(), rules());
