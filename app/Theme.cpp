@@ -47,9 +47,9 @@ public:
 // The CME screen: its activity table and the editor panel.
 QString cmeStyleSheet() {
     return QStringLiteral(R"(
-        QTableView#activities:focus, QTableView#recordTable:focus { border: 2px solid @focus; }
+        QTableView#activities:focus, QTableView#recordTable:focus { border: 2px solid @focus; padding: 0; }
         QTableView#activities { background: @base; alternate-background-color: @alternateBase;
-                                border: 1px solid @divider; border-radius: 10px; outline: 0;
+                                border: 1px solid @divider; padding: 1px; border-radius: 10px; outline: 0;
                                 selection-background-color: @selection; selection-color: @selectedText; }
         QTableView#activities::item { padding: 0 8px; border: none; }
         QTableView#activities QHeaderView::section { background: @base; color: @muted; font-weight: 600;
@@ -83,7 +83,7 @@ QString profileAndSettingsStyle() {
         QPlainTextEdit { padding: 4px 6px; border-radius: 6px; border: 1px solid @border; background: @base; }
         QPlainTextEdit:focus { border: 2px solid @focus; }
         QLineEdit#secret[readOnly="true"] { background: @window; letter-spacing: 2px; }
-        QTableView#recordTable { border: 1px solid @divider; border-radius: 8px; background: @base;
+        QTableView#recordTable { border: 1px solid @divider; padding: 1px; border-radius: 8px; background: @base;
                                  alternate-background-color: @alternateBase;
                                  selection-background-color: @selection; selection-color: @selectedText; outline: 0; }
         QTableView#recordTable::item { padding-left: 8px; padding-right: 8px; border: none; }
