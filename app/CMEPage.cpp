@@ -385,10 +385,15 @@ void CMEPage::reload() {
         m_licences.insert(id, licence);
         m_licenceOrder << id;
 
-        if (!cardPerson || progress.license.personId != cardPerson->id) continue;
-        QWidget* card = licenceCard(progress, licence.stateName, nullptr);
+        // Everyone in view: every provider's cycles, each saying whose it is.
+        const Person* holder = ctx.person(progress.license.personId);
+        const bool named = office && !scope && holder;
+        const QString cardTitle =
+            named ? licence.stateName + QStringLiteral(" · ") + qText(holder->name) : licence.stateName;
+        QWidget* card = licenceCard(progress, cardTitle, nullptr);
         auto* log = new QPushButton(tr("Log CME for %1").arg(licence.stateName), card);
-        log->setAccessibleName(log->text());
+        log->setAccessibleName(named ? tr("Log CME for %1, %2").arg(licence.stateName, qText(holder->name))
+                                     : log->text());
         static_cast<QVBoxLayout*>(card->layout())->addWidget(log, 0, Qt::AlignLeft);
         connect(log, &QPushButton::clicked, this, [this, id] { logActivity(id); });
         m_cardWidgets << card;
@@ -400,7 +405,7 @@ void CMEPage::reload() {
         m_cardWidgets << none;
     }
     QString cardsTitle = tr("Current cycles");
-    if (office && cardPerson) cardsTitle += QStringLiteral(" · ") + qText(cardPerson->name);
+    if (office && scope && cardPerson) cardsTitle += QStringLiteral(" · ") + qText(cardPerson->name);
     m_cardsHeading->setText(cardsTitle);
     layoutCards();
 

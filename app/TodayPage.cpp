@@ -106,10 +106,12 @@ QString daysText(int days) {
     return QObject::tr("in %1 days").arg(days);
 }
 
-QWidget* licenceRow(const StateProgress& progress) {
+// `who` names the licence's holder when more than one person is in view.
+QWidget* licenceRow(const StateProgress& progress, const std::optional<std::string>& who) {
     auto* row = new QWidget;
     const std::string code = progress.license.state.value_or("");
-    const QString state = QString::fromStdString(USState::nameOf(code));
+    QString state = QString::fromStdString(USState::nameOf(code));
+    if (who) state += QStringLiteral(" · ") + text(*who);
     row->setAccessibleName(state);
     auto* ring = new ProgressRing(48, row);
     ring->setValue(progress.ringFraction(), QStringLiteral("%1%").arg(std::lround(progress.ringFraction() * 100)));
@@ -233,13 +235,15 @@ void TodayPage::display(const Readiness& readiness, const Day& today) {
                        text(credential->expiresOn->formatted()) + QStringLiteral(" (") + daysText(days) +
                        QStringLiteral(")");
         if (isRenewalFiled(*credential)) line += tr(", renewal filed");
+        if (const auto who = readiness.input.who(*credential)) line += QStringLiteral(" · ") + text(*who);
         m_renewals->addWidget(makeLabel(line, "detail", nullptr));
     }
     if (credentials.empty())
         m_renewals->addWidget(makeLabel(tr("No renewals due in the next 90 days."), "detail", nullptr));
 
     clear(m_licences);
-    for (const auto& progress : readiness.progress) m_licences->addWidget(licenceRow(progress));
+    for (const auto& progress : readiness.progress)
+        m_licences->addWidget(licenceRow(progress, readiness.input.who(progress.license.personId)));
     if (readiness.progress.empty()) {
         m_licences->addWidget(makeLabel(tr("Add a state licence to see its education cycle."), "detail", nullptr));
     }

@@ -2,6 +2,7 @@
 #include "app/ActivityEditor.h"
 #include "app/ActivityListModel.h"
 #include "app/CMEPage.h"
+#include "app/ProgressRing.h"
 #include "app/Theme.h"
 #include "app/UnsavedEdits.h"
 
@@ -224,6 +225,27 @@ private slots:
         page.reload();
         QCOMPARE(named<QComboBox>(page, QStringLiteral("Counts toward"))->currentText(), QStringLiteral("Texas license"));
         QCOMPARE(titles(page).size(), 6);
+    }
+
+    // An office with no one chosen sees every provider's cycles, each saying whose it is.
+    void everyoneSeesEachProvidersCyclesWithWhoseTheyAre() {
+        OpenVault vault;
+        testing::fillSampleOffice(vault.store);
+        CMEPage page(vault.context);
+        const auto cycles = [&] {
+            QStringList names;
+            for (auto* ring : page.findChildren<ProgressRing*>())
+                if (!ring->parentWidget()->isHidden()) names << ring->accessibleName();
+            names.sort();
+            return names;
+        };
+        QCOMPARE(cycles(), QStringList({QStringLiteral("California · Maya Chen cycle progress"),
+                                        QStringLiteral("Texas · Jordan Reyes cycle progress"),
+                                        QStringLiteral("Texas · Maya Chen cycle progress"),
+                                        QStringLiteral("Texas · Priya Natarajan cycle progress")}));
+        vault.store.setScopePersonId(vault.store.doc().people.at(1).id);
+        page.reload();
+        QCOMPARE(cycles(), QStringList({QStringLiteral("Texas cycle progress")}));
     }
 
     void topicsOfferedComeFromThePersonsOwnStates() {

@@ -648,6 +648,13 @@ private slots:
         testing::fillSampleOffice(window.store());
         window.show();
         window.refresh();
+        // Everyone's cycles on Today say whose they are.
+        const auto todaySays = [&](const QString& start) {
+            const auto labels = window.todayPage()->findChildren<QLabel*>();
+            return std::any_of(labels.begin(), labels.end(), [&](const QLabel* l) { return l->text().startsWith(start); });
+        };
+        QVERIFY(todaySays(QStringLiteral("Texas · Jordan Reyes · ")));
+        QVERIFY(todaySays(QStringLiteral("Texas · Priya Natarajan · ")));
         QComboBox* switcher = window.personSwitcher();
         QVERIFY(switcher->isVisibleTo(&window));
         QCOMPARE(switcher->count(), 4);
