@@ -124,19 +124,12 @@ private slots:
     void everyScreenNamesItsControlsAndLetsTheKeyboardThrough() {
         QStringList faults;
         {
-            Device empty;
-            MainWindow window(empty.setup(), rules());
-            window.show();
-            window.start();
-            QVERIFY(QTest::qWaitForWindowActive(&window));
+            testing::ShownWindow shown;
+            MainWindow& window = shown.window;
             faults << faultsOn(window, QStringLiteral("onboarding"));
         }
-        Device device;
-        MainWindow window(device.setup(), rules());
-        testing::fillSampleOffice(window.store());
-        window.show();
-        window.start();
-        QVERIFY(QTest::qWaitForWindowActive(&window));
+        testing::ShownWindow shown(testing::fillSampleOffice);
+        MainWindow& window = shown.window;
         const QStringList screens{QStringLiteral("today"), QStringLiteral("licenses"), QStringLiteral("cme"),
                                   QStringLiteral("profile"), QStringLiteral("settings")};
         for (int screen = 0; screen < screens.size(); ++screen) {
@@ -161,12 +154,8 @@ private slots:
 
     // A refused save ties what is wrong to the field, which a screen reader reads with its name.
     void anErrorIsAnnouncedAndTiedToItsField() {
-        Device device;
-        MainWindow window(device.setup(), rules());
-        testing::fillSampleVault(window.store());
-        window.show();
-        window.start();
-        QVERIFY(QTest::qWaitForWindowActive(&window));
+        testing::ShownWindow shown(testing::fillSampleVault);
+        MainWindow& window = shown.window;
         window.showScreen(QStringLiteral("licenses"));
         window.licensesPage()->newCredential();
         auto* editor = window.findChild<CredentialEditor*>();
@@ -184,12 +173,8 @@ private slots:
 
     // A screen switch puts focus on the page, so Enter starts nothing.
     void aScreenSwitchFocusesThePageNotAnAction() {
-        Device device;
-        MainWindow window(device.setup(), rules());
-        testing::fillSampleVault(window.store());
-        window.show();
-        window.start();
-        QVERIFY(QTest::qWaitForWindowActive(&window));
+        testing::ShownWindow shown(testing::fillSampleVault);
+        MainWindow& window = shown.window;
         for (int screen = 0; screen < 5; ++screen) {
             QTest::keyClick(&window, static_cast<Qt::Key>(Qt::Key_1 + screen), Qt::ControlModifier);
             QWidget* focus = QApplication::focusWidget();

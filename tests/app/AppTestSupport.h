@@ -7,6 +7,7 @@
 #ifndef Q_MOC_RUN
 
 #include "app/AppContext.h"
+#include "app/MainWindow.h"
 #include "app/Theme.h"
 #include "platform/Clock.h"
 #include "platform/Scheduler.h"
@@ -88,6 +89,18 @@ struct OpenVault {
 void fillSampleVault(VaultStore& store);
 // An office: the sample clinician with a nurse and a PA beside her.
 void fillSampleOffice(VaultStore& store);
+
+// A main window on a device of its own, filled, shown and started, as a user first meets it.
+struct ShownWindow {
+    Device device;
+    MainWindow window{device.setup(), rules()};
+    explicit ShownWindow(void (*fill)(VaultStore&) = nullptr) {
+        if (fill) fill(window.store());
+        window.show();
+        window.start();
+        (void)QTest::qWaitForWindowActive(&window);
+    }
+};
 
 // A bare window styled as the app's, holding one screen, to drive or photograph it alone.
 class StyledWindow : public QWidget {

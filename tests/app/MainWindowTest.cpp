@@ -525,10 +525,8 @@ private slots:
         }
 
         // Restoring: one backup file, and nothing written until its passphrase is right.
-        Device third;
-        MainWindow window(third.setup(), rules());
-        window.show();
-        window.start();
+        testing::ShownWindow shown;
+        MainWindow& window = shown.window;
         OnboardingPage& page = *window.onboardingPage();
         page.showWay(OnboardingPage::Way::restore);
         screenshot(window, "onboarding-restore");
@@ -538,7 +536,7 @@ private slots:
         fillIn(page, QStringLiteral("Passphrase"), QStringLiteral("not it"));
         QTest::mouseClick(testing::button(page, QStringLiteral("Restore backup")), Qt::LeftButton);
         QCOMPARE(errorText(page), QStringLiteral("That passphrase doesn't unlock this vault."));
-        QVERIFY(!third.files.exists("/support/Corvale/Vault/vault.pbv"));
+        QVERIFY(!shown.device.files.exists("/support/Corvale/Vault/vault.pbv"));
         fillIn(page, QStringLiteral("Passphrase"), QStringLiteral("backup passphrase"));
         QTest::mouseClick(testing::button(page, QStringLiteral("Restore backup")), Qt::LeftButton);
         QCOMPARE(window.pageName(), QStringLiteral("today"));
@@ -727,11 +725,8 @@ private slots:
     }
 
     void everyScreenIsReachableAndTodaysFixesOpenWhereTheyAreMended() {
-        Device device;
-        MainWindow window(device.setup(), rules());
-        testing::fillSampleOffice(window.store());
-        window.show();
-        window.start();
+        testing::ShownWindow shown(testing::fillSampleOffice);
+        MainWindow& window = shown.window;
         QCOMPARE(window.pageName(), QStringLiteral("today"));
         screenshot(window, "window-today");
 

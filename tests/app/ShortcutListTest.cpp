@@ -28,12 +28,8 @@ class ShortcutListTest : public QObject {
 
 private slots:
     void f1AndCtrlQuestionMarkListEveryShortcutAndEscapeClosesIt() {
-        Device device;
-        MainWindow window(device.setup(), rules());
-        testing::fillSampleVault(window.store());
-        window.show();
-        window.start();
-        QVERIFY(QTest::qWaitForWindowActive(&window));
+        testing::ShownWindow shown(testing::fillSampleVault);
+        MainWindow& window = shown.window;
         auto* list = window.findChild<ShortcutList*>();
         QVERIFY(list);
         QVERIFY(!list->isVisible());

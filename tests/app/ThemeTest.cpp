@@ -129,12 +129,8 @@ private slots:
     void everyControlOnEveryScreenShowsAFocusRing() {
         for (const bool dark : {false, true}) {
             DesktopScheme scheme(dark);
-            Device device;
-            MainWindow window(device.setup(), rules());
-            testing::fillSampleOffice(window.store());
-            window.show();
-            window.start();
-            QVERIFY(QTest::qWaitForWindowActive(&window));
+            testing::ShownWindow shown(testing::fillSampleOffice);
+            MainWindow& window = shown.window;
             const QColor ring = themeColor(ColorRole::focusRing, dark);
             const QColor ringOnAccent = themeColor(ColorRole::focusOnAccent, dark);
             QStringList failures;
@@ -169,12 +165,8 @@ private slots:
     void aDropDownsHighlightedItemReads() {
         for (const bool dark : {false, true}) {
             DesktopScheme scheme(dark);
-            Device device;
-            MainWindow window(device.setup(), rules());
-            testing::fillSampleOffice(window.store());
-            window.show();
-            window.start();
-            QVERIFY(QTest::qWaitForWindowExposed(&window));
+            testing::ShownWindow shown(testing::fillSampleOffice);
+            MainWindow& window = shown.window;
             auto* people = window.findChild<QComboBox*>(QStringLiteral("personSwitcher"));
             QVERIFY(people && people->count() > 1);
             people->showPopup();
@@ -199,11 +191,8 @@ private slots:
     void screensInLightAndDarkAtLargeAndSmallSizes() {
         for (const bool dark : {false, true}) {
             DesktopScheme scheme(dark);
-            Device device;
-            MainWindow window(device.setup(), rules());
-            testing::fillSampleOffice(window.store());
-            window.show();
-            window.start();
+            testing::ShownWindow shown(testing::fillSampleOffice);
+            MainWindow& window = shown.window;
             const char* const names[] = {"today", "licenses", "cme", "profile", "settings"};
             for (int screen = 0; screen < 5; ++screen) {
                 QTest::keyClick(&window, static_cast<Qt::Key>(Qt::Key_1 + screen), Qt::ControlModifier);
