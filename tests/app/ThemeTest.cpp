@@ -144,15 +144,15 @@ private slots:
                     control->setFocus(Qt::OtherFocusReason);
                     if (!control->hasFocus()) continue;
                     const QImage after = control->grab().toImage();
-                    const int shown = std::max(pixelsNear(after, ring) - pixelsNear(before, ring),
-                                               pixelsNear(after, ringOnAccent) - pixelsNear(before, ringOnAccent));
+                    const int ringPixels = std::max(pixelsNear(after, ring) - pixelsNear(before, ring),
+                                                    pixelsNear(after, ringOnAccent) - pixelsNear(before, ringOnAccent));
                     const int outline = 2 * (control->width() + control->height());
-                    if (shown < outline * 3 / 2)
+                    if (ringPixels < outline * 3 / 2)
                         failures << QStringLiteral("%1 on screen %2 (%3): %4 ring pixels, needs %5")
                                         .arg(describe(control))
                                         .arg(screen + 1)
                                         .arg(dark ? u"dark" : u"light")
-                                        .arg(shown)
+                                        .arg(ringPixels)
                                         .arg(outline * 3 / 2);
                     ++checked;
                 }
@@ -212,7 +212,7 @@ private slots:
             // Each editor beside its list where both fit, and on its own where they don't.
             window.licensesPage()->newCredential();
             window.cmePage()->logActivity();
-            for (const QString screen : {QStringLiteral("licenses"), QStringLiteral("cme")}) {
+            for (const QString& screen : {QStringLiteral("licenses"), QStringLiteral("cme")}) {
                 window.showScreen(screen);
                 for (const QSize size : {QSize(1920, 1080), QSize(1280, 800), QSize(900, 600)})
                     testing::screenshot(window,
