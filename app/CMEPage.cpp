@@ -378,7 +378,7 @@ void CMEPage::reload() {
             if (const Person* owner = ctx.person(progress.license.personId))
                 licence.label += QStringLiteral(" · ") + qText(owner->name);
         }
-        for (const auto& line : progress.openTopics()) licence.openTopics << qText(line.key);
+        for (const auto& line : progress.openTopics()) licence.openTopics << qText(line.name);
         licence.members.reserve(progress.activities.size());
         for (const CMEActivity* activity : progress.activities)
             licence.members.push_back(static_cast<std::size_t>(activity - first));
@@ -489,19 +489,20 @@ void CMEPage::logActivity(const QString& licenseId) {
         return;
     }
     QString personId;
-    QStringList ticked;
     QString note;
     if (const auto licence = m_licences.constFind(licenseId); licence != m_licences.constEnd()) {
         personId = licence->personId;
-        ticked = licence->openTopics;
-        note = ticked.isEmpty() ? tr("Counts toward the %1.").arg(licence->label)
-                                : tr("Counts toward the %1; its open topics are ticked.").arg(licence->label);
+        // The open topics are suggested, never ticked: only the user knows what the activity covered.
+        note = licence->openTopics.isEmpty()
+                   ? tr("Counts toward the %1.").arg(licence->label)
+                   : tr("Counts toward the %1. Still open there: %2; tick the ones this activity covered.")
+                         .arg(licence->label, licence->openTopics.join(QStringLiteral(", ")));
         m_licence->setCurrentIndex(m_licence->findData(licenseId));
-    } else if (const Person* person = context().currentPerson()) {
+    } else if (const Person* person = context().currentPerson(); person && !context().asksWhose()) {
         personId = qText(person->id);
     }
     m_view->clearSelection();
-    m_editor->startNew(personId, ticked, note);
+    m_editor->startNew(personId, {}, note);
     layoutCards();
 }
 

@@ -54,7 +54,7 @@ private:
         QString personId;
         QString label;      // "Texas license", with the person's name in an office
         QString stateName;
-        QStringList openTopics;
+        QStringList openTopics;  // their names, as suggestions for an activity logged toward it
         std::vector<std::size_t> members;  // positions in the document's activities inside the cycle
     };
 
