@@ -125,6 +125,7 @@ ActivityEditor::ActivityEditor(AppContext& context, QWidget* parent)
 
     m_person = new QComboBox(form);
     m_person->setAccessibleName(tr("Person"));
+    m_person->setPlaceholderText(tr("Choose whose it is"));
     m_personRow = new QWidget(form);
     {
         auto* layout = field(tr("Person"), m_person, m_personRow, false).layout;

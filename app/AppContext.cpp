@@ -41,4 +41,6 @@ bool AppContext::inScope(std::string_view personId) const {
 
 bool AppContext::isOffice() const { return people().size() > 1; }
 
+bool AppContext::asksWhose() const { return isOffice() && !store.scopePersonId(); }
+
 }  // namespace corvale::app

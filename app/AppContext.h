@@ -34,6 +34,8 @@ struct AppContext {
     bool inScope(std::string_view personId) const;
     // More than one live person: the screens then say whose each record is.
     bool isOffice() const;
+    // An office with no one chosen: a new record must be told whose it is.
+    bool asksWhose() const;
 };
 
 }  // namespace corvale::app

@@ -221,6 +221,7 @@ void CredentialEditor::build() {
     for (const auto kind : allCredentialKinds()) m_kind->addItem(text(displayName(kind)), text(rawValue(kind)));
     m_kind->setMaxVisibleItems(20);
     m_person = combo(tr("Person"), content);
+    m_person->setPlaceholderText(tr("Choose whose it is"));
     m_title = lineEdit(tr("Title"), tr("Optional"), content);
     m_stateBox = combo(tr("State"), content);
     fillStates(m_stateBox, tr("Choose a state"));
@@ -406,6 +407,7 @@ void CredentialEditor::build() {
     scroll->setHorizontalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
 
     m_saveError = makeLabel(QString(), "error", this);
+    setHandle(m_saveError, tr("Save error"));
     m_saveError->hide();
     auto* cancelButton = new QPushButton(tr("Cancel"), this);
     cancelButton->setToolTip(tr("Close without saving (Esc)"));
@@ -579,7 +581,8 @@ void CredentialEditor::load() {
     const Credential blank = [&] {
         Credential fresh;
         fresh.kind = std::string(rawValue(CredentialKind::stateLicense));
-        if (const Person* person = m_context.currentPerson()) fresh.personId = person->id;
+        if (const Person* person = m_context.currentPerson(); person && !m_context.asksWhose())
+            fresh.personId = person->id;
         return fresh;
     }();
     const Credential& c = m_state->original ? *m_state->original : blank;
@@ -587,8 +590,7 @@ void CredentialEditor::load() {
 
     const QSignalBlocker kindBlocker(m_kind), personBlocker(m_person), homeBlocker(m_homeState);
     select(m_kind, text(c.kind), static_cast<int>(allCredentialKinds().size()));
-    const int personIndex = m_person->findData(text(c.personId));
-    if (personIndex >= 0) m_person->setCurrentIndex(personIndex);
+    m_person->setCurrentIndex(m_person->findData(text(c.personId)));
     m_title->setText(text(c.title));
     select(m_stateBox, c.state ? text(*c.state).toUpper() : QString(), static_cast<int>(USState::all().size()) + 1);
     m_number->setText(text(c.number));
@@ -734,6 +736,11 @@ bool CredentialEditor::save() {
         if (!firstWrong) firstWrong = field;
     };
 
+    if (m_context.isOffice() && m_person->currentIndex() < 0) {
+        showMessage(m_saveError, tr("Choose whose credential this is."));
+        m_person->setFocus();
+        return false;
+    }
     const QString personId = chosenPersonId();
     if (personId.isEmpty()) {
         m_saveError->setText(tr("Add the person this credential belongs to on the profile first."));

@@ -360,6 +360,28 @@ private slots:
         QCOMPARE(byId(vault.store, bls)->number, std::optional<std::string>("BLS-88412"));
     }
 
+    // With no one chosen, an office says whose a new credential is before it is saved.
+    void aNewCredentialInAnOfficeAsksWhoseItIs() {
+        OpenVault vault;
+        testing::fillSampleOffice(vault.store);
+        LicensesPage page(vault.context);
+        page.reload();
+        CredentialEditor& editor = *page.editor();
+        const std::size_t before = vault.store.doc().credentials.size();
+        page.newCredential();
+        choose(editor, "Kind", "bls");
+        setText(editor, "Expires on", "2028-03-01");
+        QCOMPARE(named<QComboBox>(editor, QStringLiteral("Person"))->currentIndex(), -1);
+        QVERIFY(!editor.save());
+        QCOMPARE(testing::problem(editor, QStringLiteral("Save error")), QStringLiteral("Choose whose credential this is."));
+        QCOMPARE(vault.store.doc().credentials.size(), before);
+
+        const std::string jordan = vault.store.doc().people.at(1).id;
+        choose(editor, "Person", QString::fromStdString(jordan));
+        QVERIFY(editor.save());
+        QCOMPARE(vault.store.doc().credentials.back().personId, jordan);
+    }
+
     void kindFieldsRoundTripIntoTheDocument() {
         OpenVault vault;
         testing::fillSampleOffice(vault.store);
