@@ -115,6 +115,10 @@ MainWindow::MainWindow(const VaultStoreSetup& setup, const Requirements& require
     m_today = new TodayPage(m_screens);
     addScreen(QStringLiteral("today"), tr("Today"), m_today);
     connect(m_today, &TodayPage::fixRequested, this, &MainWindow::openFix);
+    connect(m_today, &TodayPage::personRequested, this, [this](const QString& personId) {
+        const int index = m_person->findData(personId);
+        if (index >= 0) m_person->setCurrentIndex(index);
+    });
     m_licenses = new LicensesPage(*m_context, m_screens);
     addScreen(QStringLiteral("licenses"), tr("Licenses"), m_licenses);
     m_cme = new CMEPage(*m_context, m_screens);
@@ -321,17 +325,29 @@ void MainWindow::reloadScreens() {
     const auto everyone = Readiness::compute(m_store->doc(), file, today);
     const auto& scope = m_store->scopePersonId();
     if (scope) {
-        m_today->display(Readiness::compute(m_store->doc(), file, today, *scope), today);
+        const Person* chosen = m_context->person(*scope);
+        m_today->display(Readiness::compute(m_store->doc(), file, today, *scope), today,
+                         chosen && chosen->managesOthersOnly());
     } else {
         m_today->display(everyone, today);
     }
 
+    // Each person's own score, worst first; one blended number would hide who needs help.
     std::vector<std::pair<QString, QString>> entries;
     if (m_context->isOffice()) {
-        entries.emplace_back(QString(), tr("Everyone · %1").arg(everyone.score.value));
+        entries.emplace_back(QString(), tr("Everyone"));
         for (const auto& person : everyone.people)
             entries.emplace_back(text(person.personId),
                                  text(person.name) + QStringLiteral(" · %1").arg(person.score.value));
+        for (const Person* person : m_context->people()) {
+            const bool scored = std::any_of(everyone.people.begin(), everyone.people.end(),
+                                            [&](const PersonStanding& s) { return s.personId == person->id; });
+            if (scored) continue;
+            // Left out of the scores: one who only manages, or the only one scored, who has the whole score.
+            entries.emplace_back(text(person->id), text(person->name) + (person->managesOthersOnly()
+                                                                             ? tr(" · manages others")
+                                                                             : QStringLiteral(" · %1").arg(everyone.score.value)));
+        }
     }
     fillPersonSwitcher(entries);
     for (Screen* screen : m_screenList) screen->reload();

@@ -34,7 +34,7 @@ void clear(QVBoxLayout* layout) {
 }
 
 // A titled card whose rows the page refills on every change.
-QVBoxLayout* section(const QString& heading, QVBoxLayout* into, QWidget* parent) {
+QVBoxLayout* section(const QString& heading, QVBoxLayout* into, QWidget* parent, QWidget** cardOut = nullptr) {
     auto* card = new QFrame(parent);
     card->setObjectName(QStringLiteral("card"));
     auto* layout = new QVBoxLayout(card);
@@ -47,6 +47,7 @@ QVBoxLayout* section(const QString& heading, QVBoxLayout* into, QWidget* parent)
     rows->setSpacing(12);
     layout->addLayout(rows);
     into->addWidget(card);
+    if (cardOut) *cardOut = card;
     return rows;
 }
 
@@ -104,6 +105,33 @@ QString daysText(int days) {
     if (days == 0) return QObject::tr("today");
     if (days == 1) return QObject::tr("tomorrow");
     return QObject::tr("in %1 days").arg(days);
+}
+
+// One person's own score in an office: a blended number would hide who needs help.
+QWidget* personRow(const PersonStanding& standing, TodayPage* page) {
+    auto* row = new QWidget;
+    const QString name = text(standing.name);
+    row->setAccessibleName(name);
+    auto* ring = new ProgressRing(48, row);
+    ring->setValue(standing.score.value / 100.0, QString::number(standing.score.value));
+    ring->setAccessibleName(QObject::tr("%1's standing score").arg(name));
+    auto* title = makeLabel(name, "personTitle", row);
+    scaleFont(title, 1.0, QFont::DemiBold);
+    auto* words = new QVBoxLayout;
+    words->setSpacing(2);
+    words->addWidget(title);
+    words->addWidget(makeLabel(text(standing.score.headline), "detail", row));
+    auto* layout = new QHBoxLayout(row);
+    layout->setContentsMargins(0, 0, 0, 0);
+    layout->setSpacing(14);
+    layout->addWidget(ring, 0, Qt::AlignTop);
+    layout->addLayout(words, 1);
+    auto* open = new QPushButton(QObject::tr("Show"), row);
+    open->setAccessibleName(QObject::tr("Show %1's records").arg(name));
+    const QString personId = text(standing.personId);
+    QObject::connect(open, &QPushButton::clicked, page, [page, personId] { emit page->personRequested(personId); });
+    layout->addWidget(open, 0, Qt::AlignTop);
+    return row;
 }
 
 // `who` names the licence's holder when more than one person is in view.
@@ -176,6 +204,7 @@ TodayPage::TodayPage(QWidget* parent) : QWidget(parent) {
     headerLayout->addLayout(words, 1);
     column->addWidget(header);
 
+    m_people = section(tr("Standing by person"), column, content, &m_peopleCard);
     m_deductions = section(tr("What needs you"), column, content);
     m_renewals = section(tr("Renewals in the next 90 days"), column, content);
     m_licences = section(tr("Continuing education by licence"), column, content);
@@ -194,11 +223,22 @@ TodayPage::TodayPage(QWidget* parent) : QWidget(parent) {
 
 QString TodayPage::headline() const { return m_headline->text(); }
 
-void TodayPage::display(const Readiness& readiness, const Day& today) {
+void TodayPage::display(const Readiness& readiness, const Day& today, bool managesOnly) {
     const StandingScore& score = readiness.score;
     m_headline->setText(text(score.headline));
     clear(m_deductions);
-    if (readiness.input.active().empty()) {
+    clear(m_people);
+    const bool several = !readiness.people.empty();
+    m_peopleCard->setVisible(several);
+    for (const auto& standing : readiness.people) m_people->addWidget(personRow(standing, this));
+    if (managesOnly && readiness.input.active().empty()) {
+        m_score->setValue(0, QStringLiteral("–"));
+        m_headline->setText(tr("Nothing of yours to score."));
+        m_date->setText(tr("You keep others' records and hold no credential yourself"));
+        m_deductions->addWidget(makeLabel(tr("Choose Everyone or one of the people you manage in the switcher to "
+                                             "see what needs them."),
+                                          "detail", nullptr));
+    } else if (readiness.input.active().empty()) {
         // A full score over nothing tracked would read as all is well; say what to add first instead.
         m_score->setValue(0, QStringLiteral("–"));
         m_date->setText(tr("No score until a credential is tracked"));
@@ -215,8 +255,20 @@ void TodayPage::display(const Readiness& readiness, const Day& today) {
         row->addWidget(add, 0, Qt::AlignTop);
         m_deductions->addWidget(start);
     } else {
-        m_score->setValue(score.value / 100.0, QString::number(score.value));
-        m_date->setText(tr("Standing %1 of 100 on %2").arg(score.value).arg(text(today.formatted())));
+        if (several) {
+            // Each person's number is in the list below; the ring shows the one who needs help most.
+            const PersonStanding& lowest = readiness.people.front();
+            m_score->setValue(lowest.score.value / 100.0, QString::number(lowest.score.value));
+            m_score->setAccessibleName(tr("Lowest standing score, %1").arg(text(lowest.name)));
+            m_date->setText(tr("Lowest standing %1 of 100 (%2) among %n people on %3", nullptr,
+                               static_cast<int>(readiness.people.size()))
+                                .arg(lowest.score.value)
+                                .arg(text(lowest.name), text(today.formatted())));
+        } else {
+            m_score->setValue(score.value / 100.0, QString::number(score.value));
+            m_score->setAccessibleName(tr("Standing score"));
+            m_date->setText(tr("Standing %1 of 100 on %2").arg(score.value).arg(text(today.formatted())));
+        }
         for (const auto& deduction : score.deductions) m_deductions->addWidget(deductionRow(deduction, this));
         if (score.deductions.empty())
             m_deductions->addWidget(makeLabel(tr("Nothing is costing you points."), "detail", nullptr));

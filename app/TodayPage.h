@@ -23,7 +23,9 @@ class TodayPage : public QWidget {
 public:
     explicit TodayPage(QWidget* parent = nullptr);
 
-    void display(const Readiness& readiness, const Day& today);
+    // `managesOnly`: the one person in view keeps others' records and holds
+    // none, so there is nothing of theirs to score.
+    void display(const Readiness& readiness, const Day& today, bool managesOnly = false);
 
     const ProgressRing* scoreRing() const { return m_score; }
     QString headline() const;
@@ -32,11 +34,15 @@ signals:
     // A deduction's button: the action's raw value ("renew", "edit", "attach",
     // "logCME") and the record it opens.
     void fixRequested(const QString& action, const QString& recordId);
+    // A person's row in the list of everyone's standing.
+    void personRequested(const QString& personId);
 
 private:
     ProgressRing* m_score = nullptr;
     QLabel* m_headline = nullptr;
     QLabel* m_date = nullptr;
+    QWidget* m_peopleCard = nullptr;
+    QVBoxLayout* m_people = nullptr;
     QVBoxLayout* m_deductions = nullptr;
     QVBoxLayout* m_renewals = nullptr;
     QVBoxLayout* m_licences = nullptr;

@@ -5,6 +5,7 @@
 
 #include <optional>
 #include <string>
+#include <string_view>
 #include <vector>
 
 namespace corvale {
@@ -42,6 +43,22 @@ struct Person : VaultRecord {
     JSONObject extra;
 
     std::optional<Degree> degreeValue() const { return degreeFromRaw(degree); }
+
+    // Someone who keeps others' records and holds no licence of their own: not
+    // scored. Kept under "role" so an older program carries it through untouched.
+    bool managesOthersOnly() const {
+        const auto found = extra.find(kRoleKey);
+        return found != extra.end() && found->second.isString() && found->second.asString() == kManagerRole;
+    }
+    void setManagesOthersOnly(bool only) {
+        if (only)
+            extra.insert_or_assign(std::string(kRoleKey), JSONValue(std::string(kManagerRole)));
+        else
+            extra.erase(std::string(kRoleKey));
+    }
+
+    static constexpr std::string_view kRoleKey = "role";
+    static constexpr std::string_view kManagerRole = "manager";
 };
 
 }  // namespace corvale

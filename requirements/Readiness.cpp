@@ -4,6 +4,7 @@
 
 #include <algorithm>
 #include <unordered_map>
+#include <unordered_set>
 
 namespace corvale {
 
@@ -17,8 +18,13 @@ Readiness Readiness::compute(const VaultDocument& document, const RequirementsFi
     std::unordered_map<std::string_view, PersonView> people;
     Readiness readiness;
     StandingInput& input = readiness.input;
+    // Someone who only manages others is scored once they hold a credential of their own.
+    std::unordered_set<std::string_view> holders;
+    for (const Credential& credential : document.credentials)
+        if (!credential.deleted) holders.insert(credential.personId);
     for (const Person& person : document.people) {
         if (person.deleted || (personId && person.id != *personId)) continue;
+        if (person.managesOthersOnly() && !holders.contains(person.id)) continue;
         people[person.id].degree = person.degreeValue().value_or(Degree::other);
         input.personNames.emplace(person.id, person.name);
     }

@@ -20,7 +20,7 @@ struct Readiness {
     std::vector<PersonStanding> people;   // each person's own score, when more than one is in view
 
     // `personId` narrows the view to one person; without it every live person
-    // is in view. The result refers to `document`, which must outlive it.
+    // is in view, except one who only manages others and holds no credential. The result refers to `document`, which must outlive it.
     static Readiness compute(const VaultDocument& document, const RequirementsFile* file, const Day& today,
                              std::optional<std::string_view> personId = std::nullopt);
 };

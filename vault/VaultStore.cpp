@@ -227,6 +227,7 @@ Result<std::string, VaultError> VaultStore::create(Onboarding onboarding) {
     Person owner = std::move(onboarding.owner);
     if (owner.id.empty()) owner.id = newUUID();
     owner.isSelf = true;
+    owner.setManagesOthersOnly(onboarding.managerOnly);
     owner.updatedAt = now;
     if (!onboarding.states.empty()) document.settings.primaryState = onboarding.states.front();
     if (!onboarding.managerOnly) {

@@ -656,13 +656,24 @@ private slots:
         QComboBox* switcher = window.personSwitcher();
         QVERIFY(switcher->isVisibleTo(&window));
         QCOMPARE(switcher->count(), 4);
-        QVERIFY(switcher->itemText(0).startsWith(QStringLiteral("Everyone · ")));
-        // Worst first, each with their own score.
+        // No blended number for everyone: each person has their own, worst first.
+        QCOMPARE(switcher->itemText(0), QStringLiteral("Everyone"));
         const auto scoreOf = [&](int row) { return switcher->itemText(row).section(QStringLiteral(" · "), 1).toInt(); };
         QVERIFY(scoreOf(1) <= scoreOf(2) && scoreOf(2) <= scoreOf(3));
+        QVERIFY(scoreOf(1) < scoreOf(3));
         const int jordanRow = switcher->findText(QStringLiteral("Jordan Reyes · "), Qt::MatchStartsWith);
         QVERIFY(jordanRow > 0);
+        // Today lists the same scores, and its ring is the one who needs help most.
         const QString everyone = window.todayPage()->scoreRing()->centreText();
+        QCOMPARE(everyone, QString::number(scoreOf(1)));
+        screenshot(window, "today-everyone");
+        for (int row = 1; row < switcher->count(); ++row)
+            QVERIFY(todaySays(switcher->itemText(row).section(QStringLiteral(" · "), 0, 0)));
+        auto* showJordan = testing::named<QPushButton>(*window.todayPage(), QStringLiteral("Show Jordan Reyes's records"));
+        QVERIFY(showJordan);
+        showJordan->click();
+        QCOMPARE(switcher->currentIndex(), jordanRow);
+        switcher->setCurrentIndex(0);
 
         switcher->setCurrentIndex(jordanRow);
         QCOMPARE(window.store().scopePersonId(),
@@ -674,6 +685,22 @@ private slots:
         switcher->setCurrentIndex(0);
         QVERIFY(!window.store().scopePersonId());
         QCOMPARE(window.todayPage()->scoreRing()->centreText(), everyone);
+
+        // Someone who only manages the others is not scored, there or on their own.
+        Person manager;
+        manager.id = "manager";
+        manager.name = "Sam Ortiz";
+        manager.setManagesOthersOnly(true);
+        QVERIFY(window.store().change([&](VaultDocument& doc) { doc.people.push_back(manager); }).ok());
+        window.refresh();
+        QCOMPARE(switcher->count(), 5);
+        QCOMPARE(switcher->itemText(4), QStringLiteral("Sam Ortiz · manages others"));
+        QCOMPARE(window.todayPage()->scoreRing()->centreText(), everyone);
+        QVERIFY(!todaySays(QStringLiteral("Sam Ortiz")));
+        switcher->setCurrentIndex(4);
+        QCOMPARE(window.todayPage()->headline(), QStringLiteral("Nothing of yours to score."));
+        QCOMPARE(window.todayPage()->scoreRing()->centreText(), QStringLiteral("–"));
+        switcher->setCurrentIndex(0);
 
         // A personal vault has no one to switch between.
         Device single;

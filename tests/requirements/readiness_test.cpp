@@ -202,6 +202,20 @@ TEST(Readiness, APhysicianANursePractitionerAndAPhysicianAssistant) {
     EXPECT_TRUE(std::any_of(ahead.score.deductions.begin(), ahead.score.deductions.end(), [&](const auto& d) {
         return d.id == "cme:" + texasPA.license.id && d.thisMonth;
     }));
+    // The office manager, who holds nothing, is not scored, and the others' scores don't move.
+    Office managed = office;
+    const auto manager = managed.person("Pat Lee", "Other");
+    managed.document.people.back().setManagesOthersOnly(true);
+    const auto withManager = Readiness::compute(managed.document, &shipped(), kToday);
+    ASSERT_EQ(withManager.people.size(), 3u);
+    EXPECT_TRUE(std::none_of(withManager.people.begin(), withManager.people.end(),
+                             [&](const auto& p) { return p.personId == manager; }));
+    EXPECT_EQ(withManager.score.value, readiness.score.value);
+    EXPECT_TRUE(Readiness::compute(managed.document, &shipped(), kToday, manager).input.active().empty());
+    // Once they hold a credential of their own, it counts.
+    managed.credential(manager, "bls", std::nullopt, {2026, 12, 1});
+    EXPECT_EQ(Readiness::compute(managed.document, &shipped(), kToday).people.size(), 4u);
+
     // Someone who isn't in the vault has nothing in view.
     const auto nobody = Readiness::compute(office.document, &shipped(), kToday, "no-such-person");
     EXPECT_TRUE(nobody.progress.empty());

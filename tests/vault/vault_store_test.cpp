@@ -90,7 +90,23 @@ TEST(VaultStore, StartsInTheRightPhaseAndCreatesAFirstVault) {
     ASSERT_TRUE(again.start());
     EXPECT_EQ(again.phase(), VaultPhase::ready);
     EXPECT_EQ(again.doc().people.at(0).name, "Ana Ruiz");
+    EXPECT_FALSE(again.doc().people.at(0).managesOthersOnly());
     EXPECT_TRUE(device.authenticator.reasons.empty());
+
+    // An office manager holds no licence: none is made for the chosen states, and the choice outlives a restart.
+    Device office;
+    {
+        VaultStore store(office.setup());
+        ASSERT_TRUE(store.start());
+        Onboarding manager = nurse({"TX"});
+        manager.credentials.clear();
+        manager.managerOnly = true;
+        ASSERT_TRUE(store.create(std::move(manager)));
+        EXPECT_EQ(liveCredentials(store.doc()), 0u);
+    }
+    VaultStore reopened(office.setup());
+    ASSERT_TRUE(reopened.start());
+    EXPECT_TRUE(reopened.doc().people.at(0).managesOthersOnly());
 }
 
 TEST(VaultStore, ABurstOfEditsIsOneWriteAndLockingFlushesIt) {
