@@ -2,6 +2,7 @@
 
 #include "app/AppContext.h"
 #include "app/CMECategories.h"
+#include "app/DateField.h"
 #include "app/FormParts.h"
 #include "app/StoredFiles.h"
 #include "app/Theme.h"
@@ -142,11 +143,13 @@ ActivityEditor::ActivityEditor(AppContext& context, QWidget* parent)
     m_provider = lineEdit(tr("Provider"), tr("Who offered it"), form);
     column->addLayout(field(tr("Provider"), m_provider, form, false).layout);
 
-    m_completed = lineEdit(tr("Completed on"), tr("YYYY-MM-DD"), form);
+    m_completed = lineEdit(tr("Completed on"), dayForms(), form);
+    addCalendarPicker(m_completed);
     m_hours = lineEdit(tr("Hours"), tr("e.g. 1.5"), form);
-    auto completed = field(tr("Completed on"), m_completed, form);
+    auto completed = field(tr("Completed on (%1)").arg(dayForms().section(QLatin1Char(' '), 0, 0)), m_completed, form);
     auto hours = field(tr("Hours"), m_hours, form);
     m_completedError = completed.error;
+    setHandle(m_completedError, tr("Completed on error"));
     m_hoursError = hours.error;
     auto* dateAndHours = new QHBoxLayout;
     dateAndHours->setSpacing(12);
@@ -488,11 +491,12 @@ bool ActivityEditor::save() {
     if (dayText.isEmpty()) {
         wrong(m_completedError, m_completed, tr("Enter the day you completed it."));
     } else {
-        completedOn = dayText.size() <= 10 ? Day::parse(dayText.toStdString()) : std::nullopt;
-        if (!completedOn) {
-            wrong(m_completedError, m_completed, tr("Enter the day as YYYY-MM-DD, for example 2026-03-14."));
-        } else if (!completedOn->exists()) {
-            completedOn.reset();
+        const TypedDay typed = readTypedDay(dayText);
+        completedOn = typed.day;
+        if (typed.reading == TypedDay::Reading::notADate) {
+            wrong(m_completedError, m_completed,
+                  tr("Enter the day as %1, for example %2.").arg(dayForms(), localDayText(Day{2026, 3, 14})));
+        } else if (typed.reading == TypedDay::Reading::notOnTheCalendar) {
             wrong(m_completedError, m_completed, notOnTheCalendar(dayText));
         } else if (auto ahead = cmeCompletedProblem(*completedOn, m_context.today())) {
             completedOn.reset();

@@ -8,6 +8,7 @@
 #include "app/ProgressRing.h"
 #include "app/SidePanel.h"
 #include "app/Theme.h"
+#include "app/UndoBar.h"
 #include "platform/Clock.h"
 #include "records/RecordEnums.h"
 #include "requirements/Hours.h"
@@ -187,20 +188,7 @@ CMEPage::CMEPage(AppContext& context, QWidget* parent) : Screen(context, parent)
     filters->addWidget(m_licence, 2);
     filters->addWidget(m_period, 2);
 
-    m_undoBar = new QFrame(this);
-    m_undoBar->setObjectName(QStringLiteral("undoBar"));
-    m_undoText = makeLabel(QString(), "detail", m_undoBar);
-    m_undoText->setAccessibleName(tr("Undo message"));
-    auto* undo = new QPushButton(tr("Undo"), m_undoBar);
-    undo->setAccessibleName(tr("Undo delete"));
-    auto* dismiss = new QPushButton(tr("Dismiss"), m_undoBar);
-    dismiss->setObjectName(QStringLiteral("flat"));
-    auto* undoLayout = new QHBoxLayout(m_undoBar);
-    undoLayout->setContentsMargins(14, 6, 8, 6);
-    undoLayout->addWidget(m_undoText, 1);
-    undoLayout->addWidget(undo);
-    undoLayout->addWidget(dismiss);
-    m_undoBar->hide();
+    m_undoBar = new UndoBar(this);
 
     m_view = new QTableView(this);
     m_view->setObjectName(QStringLiteral("activities"));
@@ -284,8 +272,7 @@ CMEPage::CMEPage(AppContext& context, QWidget* parent) : Screen(context, parent)
     connect(m_category, &QComboBox::currentIndexChanged, this, &CMEPage::applyFilters);
     connect(m_licence, &QComboBox::currentIndexChanged, this, &CMEPage::applyFilters);
     connect(m_period, &QComboBox::currentIndexChanged, this, &CMEPage::applyFilters);
-    connect(undo, &QPushButton::clicked, this, &CMEPage::undoDelete);
-    connect(dismiss, &QPushButton::clicked, m_undoBar, &QWidget::hide);
+    connect(m_undoBar, &UndoBar::undoRequested, this, &CMEPage::undoDelete);
     connect(m_editor, &ActivityEditor::saved, this, [this](const QString& id, const QString& confirmation) {
         m_undoBar->hide();
         afterChange(confirmation);
@@ -463,10 +450,11 @@ void CMEPage::updateFooter() {
     const int all = m_model->rowCount();
     const QString hours = qText(hoursText(m_filter->totalHours(), HoursRounding::down));
     const QString hourWord = std::fabs(m_filter->totalHours() - 1.0) < 1e-9 ? tr("hour") : tr("hours");
+    const QString activities = all == 1 ? tr("1 activity") : tr("%1 activities").arg(all);
     if (shown == all)
-        m_footer->setText(tr("%n activities, %1 %2", "", shown).arg(hours, hourWord));
+        m_footer->setText(tr("%1, %2 %3").arg(activities, hours, hourWord));
     else
-        m_footer->setText(tr("%1 of %n activities, %2 %3", "", all).arg(shown).arg(hours, hourWord));
+        m_footer->setText(tr("%1 of %2, %3 %4").arg(shown).arg(activities, hours, hourWord));
 
     if (all == 0)
         m_empty->setText(tr("No activities logged yet. Log one with %1.")
@@ -481,7 +469,10 @@ bool CMEPage::hasUnsavedEdits() const { return m_editor->hasUnsavedEdits(); }
 
 void CMEPage::leave(std::function<void()> then) { m_editor->leave(std::move(then)); }
 
-bool CMEPage::settleBeforeLock() { return m_editor->settleBeforeLock(); }
+bool CMEPage::settleBeforeLock() {
+    m_undoBar->forget();
+    return m_editor->settleBeforeLock();
+}
 
 void CMEPage::logActivity(const QString& licenseId) {
     if (m_editor->hasUnsavedEdits()) {
@@ -544,18 +535,18 @@ void CMEPage::deleteActivity(const QString& activityId) {
     const QString title = m_model->row(row).title;
     if (m_editor->isEditing() && m_editor->activityId() == activityId) m_editor->cancel();
     if (!setActivityDeleted(activityId, true)) return;
-    m_deletedId = activityId;
-    m_undoText->setText(tr("Deleted “%1”.").arg(title));
-    m_undoBar->show();
-    afterChange(tr("Deleted “%1”.").arg(title));
+    const QString quoted = tr("“%1”").arg(title);
+    m_undoBar->deleted(activityId, quoted);
+    afterChange(tr("Deleted %1.").arg(quoted));
+    // Nothing chosen afterwards, so a second Delete can't take the next row too.
+    m_view->selectionModel()->clear();
+    m_view->setFocus();
 }
 
-void CMEPage::undoDelete() {
-    m_undoBar->hide();
-    if (m_deletedId.isEmpty() || !setActivityDeleted(m_deletedId, false)) return;
-    const QString id = std::exchange(m_deletedId, QString());
+void CMEPage::undoDelete(const QString& activityId) {
+    if (!setActivityDeleted(activityId, false)) return;
     afterChange(tr("Restored the activity."));
-    const int row = m_model->rowOf(id);
+    const int row = m_model->rowOf(activityId);
     if (row >= 0) m_view->setCurrentIndex(m_filter->mapFromSource(m_model->index(row, 0)));
 }
 

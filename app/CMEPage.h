@@ -25,6 +25,7 @@ namespace corvale::app {
 class ActivityEditor;
 class ActivityFilterModel;
 class ActivityListModel;
+class UndoBar;
 
 class CMEPage : public Screen {
     Q_OBJECT
@@ -65,7 +66,7 @@ private:
     void applyFilters();
     void updateFooter();
     void deleteActivity(const QString& activityId);
-    void undoDelete();
+    void undoDelete(const QString& activityId);
     bool setActivityDeleted(const QString& activityId, bool deleted);
     void afterChange(const QString& confirmation);
 
@@ -83,11 +84,9 @@ private:
     QComboBox* m_category = nullptr;
     QComboBox* m_licence = nullptr;
     QComboBox* m_period = nullptr;
-    QFrame* m_undoBar = nullptr;
-    QLabel* m_undoText = nullptr;
+    UndoBar* m_undoBar = nullptr;
     QLabel* m_footer = nullptr;
     QLabel* m_empty = nullptr;
-    QString m_deletedId;
     QList<QWidget*> m_cardWidgets;
     QHash<QString, Licence> m_licences;  // by licence id
     QStringList m_licenceOrder;          // as the records list them

@@ -14,6 +14,7 @@
 #include "requirements/USState.h"
 #include "vault/VaultStore.h"
 
+#include "app/DateField.h"
 #include "app/FormParts.h"
 #include "app/StoredFiles.h"
 #include "app/Theme.h"
@@ -227,8 +228,10 @@ void CredentialEditor::build() {
     fillStates(m_stateBox, tr("Choose a state"));
     m_stateBox->setMaxVisibleItems(16);
     m_number = lineEdit(tr("Number"), tr("As printed on the credential"), content);
-    m_issued = lineEdit(tr("Issued on"), tr("YYYY-MM-DD"), content);
-    m_expires = lineEdit(tr("Expires on"), tr("YYYY-MM-DD"), content);
+    m_issued = lineEdit(tr("Issued on"), dayForms(), content);
+    m_expires = lineEdit(tr("Expires on"), dayForms(), content);
+    addCalendarPicker(m_issued);
+    addCalendarPicker(m_expires);
     m_suggestion = new QPushButton(content);
     m_suggestion->setObjectName(QStringLiteral("link"));
     m_suggestion->setAccessibleName(tr("Use proposed expiry"));
@@ -248,8 +251,8 @@ void CredentialEditor::build() {
     m_main->addRow(tr("Title"), withError(m_title, tr("Title")));
     m_main->addRow(tr("State"), m_stateRow);
     m_main->addRow(tr("Number"), m_number);
-    m_main->addRow(tr("Issued on (YYYY-MM-DD)"), withError(m_issued, tr("Issued on")));
-    m_main->addRow(tr("Expires on (YYYY-MM-DD)"), expiresBox);
+    m_main->addRow(tr("Issued on (%1)").arg(dayForms().section(QLatin1Char(' '), 0, 0)), withError(m_issued, tr("Issued on")));
+    m_main->addRow(tr("Expires on (%1)").arg(dayForms().section(QLatin1Char(' '), 0, 0)), expiresBox);
     m_main->addRow(tr("Status"), m_status);
     m_main->addRow(tr("Issuer"), m_issuer);
 
@@ -693,7 +696,7 @@ void CredentialEditor::updateForKind() {
 void CredentialEditor::updateSuggestion() {
     m_state->proposed.clear();
     const auto kind = credentialKindFromRaw(m_kind->currentData().toString().toStdString());
-    const auto issued = Day::parseExisting(m_issued->text().trimmed().toStdString());
+    const auto issued = readTypedDay(m_issued->text()).day;
     if (kind && issued && m_expires->text().trimmed().isEmpty()) {
         if (const auto expiry = corvale::proposedExpiry(*kind, *issued)) {
             m_state->proposed = text(expiry->toString());
@@ -758,15 +761,12 @@ bool CredentialEditor::save() {
 
     const auto readDay = [&](QLineEdit* field, const QString& name) -> std::optional<Day> {
         const QString value = field->text().trimmed();
-        if (value.isEmpty()) return std::nullopt;
-        const auto day = Day::parse(value.toStdString());
-        if (!day || value.size() > 10) {
-            wrong(field, name, tr("Enter the date as YYYY-MM-DD, such as 2027-01-31."));
-        } else if (!day->exists()) {
+        const TypedDay typed = readTypedDay(value);
+        if (typed.reading == TypedDay::Reading::notADate)
+            wrong(field, name, tr("Enter the date as %1, such as %2.").arg(dayForms(), localDayText(Day{2027, 1, 31})));
+        else if (typed.reading == TypedDay::Reading::notOnTheCalendar)
             wrong(field, name, notOnTheCalendar(value));
-            return std::nullopt;
-        }
-        return day;
+        return typed.day;
     };
     const auto issued = readDay(m_issued, tr("Issued on"));
     const auto expires = readDay(m_expires, tr("Expires on"));

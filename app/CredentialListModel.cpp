@@ -292,6 +292,8 @@ QVariant CredentialListModel::groupData(const Group& group, int column, int role
     }
     case IsGroupRole:
         return true;
+    case GroupTitleRole:
+        return group.title;
     default:
         return {};
     }
@@ -396,6 +398,15 @@ bool CredentialSortFilterProxy::filterAcceptsRow(int sourceRow, const QModelInde
     const auto has = [&](const QString& field) { return field.contains(m_search, Qt::CaseInsensitive); };
     return has(row->name) || has(row->number) || has(row->person) ||
            row->state.compare(m_search, Qt::CaseInsensitive) == 0;
+}
+
+QVariant CredentialSortFilterProxy::data(const QModelIndex& index, int role) const {
+    if (role == Qt::DisplayRole && index.column() == CredentialListModel::NameColumn && !m_search.isEmpty() &&
+        QSortFilterProxyModel::data(index, CredentialListModel::IsGroupRole).toBool()) {
+        const QModelIndex first = this->index(index.row(), 0);
+        return QStringLiteral("%1 · %2").arg(first.data(CredentialListModel::GroupTitleRole).toString()).arg(rowCount(first));
+    }
+    return QSortFilterProxyModel::data(index, role);
 }
 
 bool CredentialSortFilterProxy::lessThan(const QModelIndex& left, const QModelIndex& right) const {

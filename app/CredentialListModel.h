@@ -50,6 +50,7 @@ public:
         DaysLeftRole,               // signed days to the expiry; kNoExpiry without one
         UrgencyRole,                // int of Urgency
         IsGroupRole,
+        GroupTitleRole,             // a group's title without its count
     };
     enum class Grouping { status, kind, person };
 
@@ -107,6 +108,9 @@ public:
     // Matches a credential's name, number, state or person, ignoring case.
     void setSearch(const QString& text);
     const QString& search() const { return m_search; }
+
+    // A group's count is of the credentials the search leaves in it.
+    QVariant data(const QModelIndex& index, int role = Qt::DisplayRole) const override;
 
 protected:
     bool filterAcceptsRow(int sourceRow, const QModelIndex& sourceParent) const override;

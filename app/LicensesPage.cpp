@@ -10,6 +10,7 @@
 #include "app/CredentialListModel.h"
 #include "app/SidePanel.h"
 #include "app/Theme.h"
+#include "app/UndoBar.h"
 
 #include <QComboBox>
 #include <QEvent>
@@ -71,20 +72,7 @@ LicensesPage::LicensesPage(AppContext& context, QWidget* parent) : Screen(contex
     toolbar->addWidget(m_delete);
     toolbar->addWidget(add);
 
-    m_undoBar = new QFrame(this);
-    m_undoBar->setObjectName(QStringLiteral("undoBar"));
-    m_undoText = makeLabel(QString(), "detail", m_undoBar);
-    auto* undo = new QPushButton(tr("Undo"), m_undoBar);
-    undo->setToolTip(tr("Bring it back (Ctrl+Z)"));
-    auto* dismiss = new QPushButton(tr("Dismiss"), m_undoBar);
-    dismiss->setObjectName(QStringLiteral("link"));
-    auto* undoLayout = new QHBoxLayout(m_undoBar);
-    undoLayout->setContentsMargins(16, 8, 10, 8);
-    undoLayout->setSpacing(10);
-    undoLayout->addWidget(m_undoText, 1);
-    undoLayout->addWidget(undo);
-    undoLayout->addWidget(dismiss);
-    m_undoBar->hide();
+    m_undoBar = new UndoBar(this);
 
     // The list, or an invitation when there is nothing to list.
     auto* listCard = new QFrame(this);
@@ -167,8 +155,7 @@ LicensesPage::LicensesPage(AppContext& context, QWidget* parent) : Screen(contex
     connect(add, &QPushButton::clicked, this, &LicensesPage::newCredential);
     connect(addFirst, &QPushButton::clicked, this, &LicensesPage::newCredential);
     connect(m_delete, &QPushButton::clicked, this, &LicensesPage::deleteCurrent);
-    connect(undo, &QPushButton::clicked, this, &LicensesPage::undoDelete);
-    connect(dismiss, &QPushButton::clicked, m_undoBar, &QWidget::hide);
+    connect(m_undoBar, &UndoBar::undoRequested, this, &LicensesPage::undoDelete);
     connect(m_view, &QAbstractItemView::activated, this, &LicensesPage::openCurrent);
     connect(m_view, &QTreeView::collapsed, this,
             [this](const QModelIndex& index) { m_collapsed.insert(m_model->groupKey(m_proxy->mapToSource(index))); });
@@ -191,6 +178,7 @@ LicensesPage::LicensesPage(AppContext& context, QWidget* parent) : Screen(contex
     });
     connect(m_editor, &CredentialEditor::closed, this, [this] {
         if (m_body->currentIndex() == 0) m_view->setFocus();
+        updateActions();
     });
 
     auto* newShortcut = new QShortcut(QKeySequence::New, this, this, &LicensesPage::newCredential);
@@ -199,9 +187,6 @@ LicensesPage::LicensesPage(AppContext& context, QWidget* parent) : Screen(contex
     auto* deleteShortcut = new QShortcut(QKeySequence::Delete, m_view, this, &LicensesPage::deleteCurrent);
     deleteShortcut->setContext(Qt::WidgetShortcut);
     deleteShortcut->setWhatsThis(tr("Delete the selected credential"));
-    m_undoShortcut = new QShortcut(QKeySequence::Undo, this, this, &LicensesPage::undoDelete);
-    m_undoShortcut->setEnabled(false);
-    m_undoShortcut->setWhatsThis(tr("Undo a deletion"));
     auto* findShortcut = new QShortcut(QKeySequence::Find, this, this, [this] {
         m_search->setFocus();
         m_search->selectAll();
@@ -310,13 +295,19 @@ void LicensesPage::select(const QString& credentialId) {
     m_view->scrollTo(index);
 }
 
-void LicensesPage::updateActions() { m_delete->setEnabled(!currentCredentialId().isEmpty()); }
+void LicensesPage::updateActions() {
+    const bool editing = m_editor->isOpen() && !m_editor->credentialId().isEmpty();
+    m_delete->setEnabled(editing || !currentCredentialId().isEmpty());
+}
 
 bool LicensesPage::hasUnsavedEdits() const { return m_editor->hasUnsavedEdits(); }
 
 void LicensesPage::leave(std::function<void()> then) { m_editor->leave(std::move(then)); }
 
-bool LicensesPage::settleBeforeLock() { return m_editor->settleBeforeLock(); }
+bool LicensesPage::settleBeforeLock() {
+    m_undoBar->forget();
+    return m_editor->settleBeforeLock();
+}
 
 bool LicensesPage::askBeforeOpening(const QString& credentialId, const std::function<void()>& open) {
     if (!m_editor->hasUnsavedEdits()) return false;
@@ -343,6 +334,7 @@ void LicensesPage::newCredential() {
 void LicensesPage::editCredential(const QString& credentialId) {
     if (askBeforeOpening(credentialId, [this, credentialId] { editCredential(credentialId); })) return;
     if (m_editor->openCredential(credentialId)) select(credentialId);
+    updateActions();
 }
 
 void LicensesPage::renewCredential(const QString& credentialId) {
@@ -358,7 +350,9 @@ void LicensesPage::attachTo(const QString& credentialId) {
 }
 
 void LicensesPage::deleteCurrent() {
-    const QString id = currentCredentialId();
+    // With the editor open, Delete means the credential it shows, whatever row the list is on.
+    const QString id = m_editor->isOpen() && !m_editor->credentialId().isEmpty() ? m_editor->credentialId()
+                                                                                 : currentCredentialId();
     if (id.isEmpty()) return;
     const std::string wanted = id.toStdString();
     const Timestamp now = Timestamp::now(context().clock);
@@ -372,25 +366,23 @@ void LicensesPage::deleteCurrent() {
             name = text(renewTitle(credential));
         }
     });
-    if (!done || name.isEmpty()) return;
+    if (!done) {
+        emit notify(text(done.error().message()));
+        return;
+    }
+    if (name.isEmpty()) return;
     if (m_editor->credentialId() == id) m_editor->cancel();
-    m_deletedId = id;
-    m_undoText->setText(tr("Deleted %1.").arg(name));
-    m_undoBar->show();
-    m_undoShortcut->setEnabled(true);
-    // Keep the keyboard in the list, on the row that took the deleted one's place.
-    const QModelIndex below = m_view->indexBelow(m_view->currentIndex());
-    const QModelIndex above = m_view->indexAbove(m_view->currentIndex());
-    const CredentialRow* next = m_model->credential(m_proxy->mapToSource(below.isValid() ? below : above));
-    const QString nextId = next ? next->id : QString();
+    m_undoBar->deleted(id, name);
     changedHere();
-    if (!nextId.isEmpty()) select(nextId);
+    // The keyboard stays in the list with nothing chosen, so a second Delete can't take the next row too.
+    m_view->selectionModel()->clear();
+    m_view->setFocus();
+    updateActions();
     emit notify(tr("Deleted %1").arg(name));
 }
 
-void LicensesPage::undoDelete() {
-    if (m_deletedId.isEmpty()) return;
-    const std::string wanted = m_deletedId.toStdString();
+void LicensesPage::undoDelete(const QString& deletedId) {
+    const std::string wanted = deletedId.toStdString();
     const Timestamp now = Timestamp::now(context().clock);
     QString name;
     const auto done = context().store.change([&](VaultDocument& doc) {
@@ -401,13 +393,13 @@ void LicensesPage::undoDelete() {
             name = text(renewTitle(credential));
         }
     });
-    const QString restored = m_deletedId;
-    m_deletedId.clear();
-    m_undoBar->hide();
-    m_undoShortcut->setEnabled(false);
-    if (!done || name.isEmpty()) return;
+    if (!done) {
+        emit notify(text(done.error().message()));
+        return;
+    }
+    if (name.isEmpty()) return;
     changedHere();
-    select(restored);
+    select(deletedId);
     emit notify(tr("Restored %1").arg(name));
 }
 

@@ -22,6 +22,7 @@ namespace corvale::app {
 class CredentialEditor;
 class CredentialListModel;
 class CredentialSortFilterProxy;
+class UndoBar;
 
 class LicensesPage : public Screen {
     Q_OBJECT
@@ -55,7 +56,7 @@ private:
     void select(const QString& credentialId);
     void openCurrent(const QModelIndex& index);
     void deleteCurrent();
-    void undoDelete();
+    void undoDelete(const QString& deletedId);
     void searchChanged(const QString& text);
     void groupingChanged();
     void restoreExpansion();
@@ -70,9 +71,7 @@ private:
     QComboBox* m_grouping = nullptr;
     QPushButton* m_delete = nullptr;
     QPushButton* m_add = nullptr;
-    QFrame* m_undoBar = nullptr;
-    QLabel* m_undoText = nullptr;
-    QShortcut* m_undoShortcut = nullptr;
+    UndoBar* m_undoBar = nullptr;
     QStackedWidget* m_body = nullptr;
     QTreeView* m_view = nullptr;
     QLabel* m_noMatch = nullptr;
@@ -80,7 +79,6 @@ private:
     QLabel* m_emptyText = nullptr;
     CredentialEditor* m_editor = nullptr;
     QSet<QString> m_collapsed;  // group keys the user folded away
-    QString m_deletedId;
     bool m_office = false;
 };
 

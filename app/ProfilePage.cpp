@@ -1,6 +1,7 @@
 #include "app/ProfilePage.h"
 
 #include "app/AppContext.h"
+#include "app/DateField.h"
 #include "app/FormParts.h"
 #include "app/Theme.h"
 #include "app/UnsavedEdits.h"
@@ -90,22 +91,18 @@ std::optional<std::string> optionalText(const QLineEdit* field) { return optiona
 
 QString dayText(const std::optional<Day>& day) { return day ? text(day->toString()) : QString(); }
 
-// An optional date typed as YYYY-MM-DD: absent when empty, false when it
-// does not parse or names a day the calendar does not have.
+// An optional typed date: absent when empty, false when it does not read as
+// a date or names a day the calendar does not have.
 bool readDay(const QLineEdit* field, std::optional<Day>& day) {
-    const QString typed = field->text().trimmed();
-    if (typed.isEmpty()) {
-        day.reset();
-        return true;
-    }
-    day = Day::parseExisting(typed.toStdString());
-    return day.has_value();
+    const TypedDay typed = readTypedDay(field->text());
+    day = typed.day;
+    return typed.reading == TypedDay::Reading::empty || typed.reading == TypedDay::Reading::day;
 }
 
 // Why readDay refused the field: a day missing from the calendar, else `format`.
 QString dayProblem(const QLineEdit* field, const QString& format) {
     const QString typed = field->text().trimmed();
-    return Day::parse(typed.toStdString()) ? notOnTheCalendar(typed) : format;
+    return readTypedDay(typed).reading == TypedDay::Reading::notOnTheCalendar ? notOnTheCalendar(typed) : format;
 }
 
 QString kindName(const std::string& raw) {
@@ -399,8 +396,10 @@ QFrame* ProfilePage::buildWorkHistory(QWidget* content) {
     grid->setVerticalSpacing(10);
     m_employer = lineEdit(tr("Employer"), tr("Hospital, group or agency"), m_workForm);
     m_role = lineEdit(tr("Role"), tr("Hospitalist"), m_workForm);
-    m_workFrom = lineEdit(tr("From"), tr("YYYY-MM-DD"), m_workForm);
+    m_workFrom = lineEdit(tr("From"), dayForms(), m_workForm);
+    addCalendarPicker(m_workFrom);
     m_workTo = lineEdit(tr("To"), tr("Empty while current"), m_workForm);
+    addCalendarPicker(m_workTo);
     grid->addWidget(cell(tr("Employer"), m_employer, m_workForm), 0, 0);
     grid->addWidget(cell(tr("Role"), m_role, m_workForm), 0, 1);
     grid->addWidget(cell(tr("From"), m_workFrom, m_workForm), 0, 2);
@@ -480,7 +479,8 @@ QFrame* ProfilePage::buildFacilities(QWidget* content) {
     for (const USState& state : USState::all())
         m_facilityState->addItem(text(state.name) + QStringLiteral(" (") + text(state.code) + QStringLiteral(")"),
                                  text(state.code));
-    m_facilityStart = lineEdit(tr("Start date"), tr("YYYY-MM-DD"), m_facilityForm);
+    m_facilityStart = lineEdit(tr("Start date"), dayForms(), m_facilityForm);
+    addCalendarPicker(m_facilityStart);
     m_contactEmail = lineEdit(tr("Contact email"), tr("medical.staff@example.org"), m_facilityForm);
     m_facilityNotes = lineEdit(tr("Facility notes"), QString(), m_facilityForm);
 
@@ -697,7 +697,7 @@ void ProfilePage::showDateOfBirth() {
     const QScopedValueRollback filling(m_filling, true);
     m_dobShown = true;
     m_dob->setReadOnly(false);
-    m_dob->setPlaceholderText(tr("YYYY-MM-DD"));
+    m_dob->setPlaceholderText(dayForms());
     m_dob->setText(person ? text(person->dob) : QString());
     m_dobToggle->setText(tr("Hide"));
     m_dobToggle->setAccessibleName(tr("Hide date of birth"));
@@ -739,7 +739,7 @@ bool ProfilePage::save() {
     std::optional<Day> dob;
     if (m_dobShown && !readDay(m_dob, dob)) {
         showMessage(m_dobNote,
-                    dayProblem(m_dob, tr("That date doesn't read as YYYY-MM-DD, so type it like 1984-06-02.")));
+                    dayProblem(m_dob, tr("That date doesn't read as %1, so type it like %2.").arg(dayForms(), localDayText(Day{1984, 6, 2}))));
         if (valid) m_dob->setFocus();
         valid = false;
     }
@@ -824,8 +824,8 @@ void ProfilePage::saveWork() {
     if (!fromRead || !readDay(m_workTo, to)) {
         showMessage(m_workError,
                     dayProblem(fromRead ? m_workTo : m_workFrom,
-                               tr("Dates read as YYYY-MM-DD, so type them like 2021-07-01; leave To empty for a "
-                                  "current job.")));
+                               tr("Dates read as %1, so type them like %2; leave To empty for a current job.")
+                                   .arg(dayForms(), localDayText(Day{2021, 7, 1}))));
         return;
     }
     if (from && to && *to < *from) {
@@ -931,8 +931,8 @@ void ProfilePage::saveFacility() {
     std::optional<Day> start;
     if (!readDay(m_facilityStart, start)) {
         showMessage(m_facilityError,
-                    dayProblem(m_facilityStart, tr("The start date reads as YYYY-MM-DD, so type it like 2027-01-15, "
-                                                   "or leave it empty.")));
+                    dayProblem(m_facilityStart, tr("The start date reads as %1, so type it like %2, or leave it empty.")
+                                                   .arg(dayForms(), localDayText(Day{2027, 1, 15}))));
         m_facilityStart->setFocus();
         return;
     }

@@ -326,7 +326,7 @@ private slots:
 
         fill(editor, QStringLiteral("Title"), QStringLiteral("  End-of-life care and pain  "));
         fill(editor, QStringLiteral("Provider"), QStringLiteral("CSUSM"));
-        fill(editor, QStringLiteral("Completed on"), QStringLiteral("2026-11-01"));
+        fill(editor, QStringLiteral("Completed on"), QStringLiteral("11/01/2026"));
         fill(editor, QStringLiteral("Hours"), QStringLiteral("9"));
         fill(editor, QStringLiteral("Cost"), QStringLiteral("$1,250"));
         QVERIFY(editor.save());
@@ -575,6 +575,14 @@ private slots:
         auto* undo = testing::button(page, QStringLiteral("Undo delete"));
         QVERIFY(undo && undo->isVisible());
         QCOMPARE(named<QLabel>(page, QStringLiteral("Undo message"))->text(), QStringLiteral("Deleted “Journal club”."));
+        // A second press doesn't take the row that moved up into its place.
+        const auto live = [&] {
+            return std::count_if(vault.store.doc().cme.begin(), vault.store.doc().cme.end(),
+                                 [](const CMEActivity& a) { return !a.deleted; });
+        };
+        const auto liveAfterOne = live();
+        QTest::keyClick(page.view(), Qt::Key_Delete);
+        QCOMPARE(live(), liveAfterOne);
 
         vault.device.clock.advance(std::chrono::minutes(1));
         undo->click();

@@ -247,9 +247,10 @@ private slots:
         CredentialEditor& editor = *page.editor();
         int dated = 0;
         for (auto* edit : editor.findChildren<QLineEdit*>()) {
-            if (!edit->placeholderText().startsWith(QStringLiteral("YYYY"))) continue;
+            if (!edit->placeholderText().contains(QStringLiteral("YYYY"))) continue;
             ++dated;
-            const QString form = QStringLiteral("(%1)").arg(edit->placeholderText());
+            // The first form the field takes ("MM/DD/YYYY or YYYY-MM-DD"): the label can't carry them all.
+            const QString form = QStringLiteral("(%1)").arg(edit->placeholderText().section(QLatin1Char(' '), 0, 0));
             const auto labels = editor.findChildren<QLabel*>();
             const bool labelled = std::any_of(labels.begin(), labels.end(), [&](const QLabel* label) {
                 return label->text().contains(form) && label->buddy() &&
@@ -305,9 +306,10 @@ private slots:
         setText(editor, "Issued on", "2026/11/22");
         setText(editor, "Fee", "forty");
         QVERIFY(!editor.save());
-        QCOMPARE(editor.errorFor("Issued on"), QStringLiteral("Enter the date as YYYY-MM-DD, such as 2027-01-31."));
+        QCOMPARE(editor.errorFor("Issued on"),
+                 QStringLiteral("Enter the date as MM/DD/YYYY or YYYY-MM-DD, such as 01/31/2027."));
         QCOMPARE(editor.errorFor("Fee"), QStringLiteral("Enter the fee in dollars, such as 280."));
-        setText(editor, "Issued on", "2029-01-01");
+        setText(editor, "Issued on", "01/01/2029");
         setText(editor, "Fee", "$45");
         QVERIFY(!editor.save());
         QVERIFY(editor.errorFor("Issued on").isEmpty());
@@ -627,16 +629,47 @@ private slots:
         auto* undo = testing::button(page, "Undo");
         QVERIFY(undo && undo->isVisible());
         QCOMPARE(named<QLabel>(page, "Summary")->text(), QStringLiteral("6 credentials · 3 due within 90 days"));
-        const auto deletedLabel = page.findChildren<QLabel*>();
-        QVERIFY(std::any_of(deletedLabel.begin(), deletedLabel.end(),
-                            [](const QLabel* l) { return l->isVisible() && l->text() == "Deleted BLS card."; }));
+        QCOMPARE(named<QLabel>(page, "Undo message")->text(), QStringLiteral("Deleted BLS card."));
+        // A second press doesn't take the row that moved up into its place.
+        QVERIFY(page.view()->hasFocus());
+        QTest::keyClick(page.view(), Qt::Key_Delete);
+        QCOMPARE(changed.count(), 1);
+
+        // With the editor open, Delete means what the editor shows, not the row the list is on.
+        const QString dea = idOf(vault.store, "dea");
+        page.editCredential(dea);
+        page.view()->setCurrentIndex(page.view()->model()->index(0, 0));
+        QVERIFY(testing::press(page, "Delete"));
+        QVERIFY(byId(vault.store, dea)->deleted);
+        QVERIFY(!editor.isOpen());
+        QCOMPARE(changed.count(), 2);
+        QCOMPARE(std::count_if(vault.store.doc().credentials.begin(), vault.store.doc().credentials.end(),
+                               [](const Credential& c) { return c.deleted; }),
+                 2);
+        QVERIFY(named<QLabel>(page, "Undo message")->text().endsWith("Undo goes back through 2 deletions, newest first."));
+
+        // Undo goes back newest first, from the keyboard and the bar alike.
         vault.device.clock.advance(1min);
+        page.view()->setFocus();
+        QTest::keyClick(page.view(), Qt::Key_Z, Qt::ControlModifier);
+        QVERIFY(!byId(vault.store, dea)->deleted);
+        QVERIFY(byId(vault.store, bls)->deleted);
+        QCOMPARE(named<QLabel>(page, "Undo message")->text(), QStringLiteral("Deleted BLS card."));
         undo->click();
         QVERIFY(!byId(vault.store, bls)->deleted);
         QCOMPARE(byId(vault.store, bls)->updatedAt, now(vault));
         QVERIFY(rowNamed(listed(page), "BLS card"));
         QVERIFY(!undo->isVisible());
-        QCOMPARE(changed.count(), 2);
+        QCOMPARE(changed.count(), 4);
+
+        // The trail goes when the vault locks.
+        page.editCredential(bls);
+        QTest::keyClick(named<QLineEdit>(editor, "Number"), Qt::Key_Escape);
+        QTest::keyClick(page.view(), Qt::Key_Delete);
+        QVERIFY(byId(vault.store, bls)->deleted);
+        QVERIFY(!page.settleBeforeLock());
+        QTest::keyClick(page.view(), Qt::Key_Z, Qt::ControlModifier);
+        QVERIFY(byId(vault.store, bls)->deleted);
     }
 
     void unsavedEditsAskBeforeAnotherRecordOpens() {

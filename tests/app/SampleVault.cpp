@@ -1,7 +1,15 @@
 #include "AppTestSupport.h"
 
+#include <QLocale>
+
 namespace corvale::app::testing {
 namespace {
+
+// Dates typed in the tests read as they do in the United States, whatever this machine's language.
+const bool kAmericanDates = [] {
+    QLocale::setDefault(QLocale(QLocale::English, QLocale::UnitedStates));
+    return true;
+}();
 
 Credential credential(const std::string& personId, const std::string& kind, std::optional<std::string> state,
                       std::optional<std::string> number, std::optional<Day> issued, std::optional<Day> expires) {
