@@ -14,6 +14,7 @@
 #include "requirements/Hours.h"
 #include "requirements/Readiness.h"
 #include "requirements/Requirements.h"
+#include "requirements/CredentialRenewal.h"
 #include "requirements/USState.h"
 #include "vault/VaultStore.h"
 
@@ -355,12 +356,17 @@ void CMEPage::reload() {
         card->deleteLater();
     }
     m_cardWidgets.clear();
-    for (const StateProgress& progress : readiness.progress) {
+    // Two licences of one person in one state (an RN and an APRN licence) say which is which.
+    std::vector<const Credential*> held;
+    for (const StateProgress& progress : readiness.progress) held.push_back(&progress.license);
+    const auto titles = distinctTitles(held);
+    for (std::size_t index = 0; index < readiness.progress.size(); ++index) {
+        const StateProgress& progress = readiness.progress[index];
         const QString id = qText(progress.license.id);
         Licence licence;
         licence.personId = qText(progress.license.personId);
         licence.stateName = qText(USState::nameOf(progress.license.state.value_or("")));
-        licence.label = tr("%1 license").arg(licence.stateName);
+        licence.label = qText(titles[index]);
         if (office && !scope) {
             if (const Person* owner = ctx.person(progress.license.personId))
                 licence.label += QStringLiteral(" · ") + qText(owner->name);

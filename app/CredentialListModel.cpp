@@ -155,6 +155,8 @@ void CredentialListModel::reload(const VaultDocument& document, const Day& today
     const int unknownPerson = static_cast<int>(m_personNames.size());
 
     m_rows.reserve(document.credentials.size());
+    std::vector<const Credential*> shown;
+    shown.reserve(document.credentials.size());
     for (const Credential& credential : document.credentials) {
         if (credential.deleted || (!scope.empty() && credential.personId != scope)) continue;
         int order = unknownPerson;
@@ -163,8 +165,8 @@ void CredentialListModel::reload(const VaultDocument& document, const Day& today
             order = found->second;
         }
         CredentialRow& row = m_rows.emplace_back();
+        shown.push_back(&credential);
         row.id = text(credential.id);
-        row.name = text(renewTitle(credential));
         row.person = order == unknownPerson ? QString() : m_personNames[static_cast<std::size_t>(order)];
         row.personOrder = order;
         if (credential.number) row.number = text(*credential.number);
@@ -179,6 +181,8 @@ void CredentialListModel::reload(const VaultDocument& document, const Day& today
         if (credential.status) row.statusNote = text(*credential.status);
         row.kindOrder = kindOrderOf(credential);
     }
+    const auto titles = distinctTitles(shown);
+    for (std::size_t i = 0; i < titles.size(); ++i) m_rows[i].name = text(titles[i]);
     regroup();
     endResetModel();
 }

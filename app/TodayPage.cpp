@@ -281,9 +281,11 @@ void TodayPage::display(const Readiness& readiness, const Day& today, bool manag
     });
     std::stable_sort(credentials.begin(), credentials.end(),
                      [](const Credential* a, const Credential* b) { return *a->expiresOn < *b->expiresOn; });
-    for (const Credential* credential : credentials) {
+    const auto titles = distinctTitles(credentials);
+    for (std::size_t i = 0; i < credentials.size(); ++i) {
+        const Credential* credential = credentials[i];
         const int days = today.daysTo(*credential->expiresOn);
-        QString line = text(renewTitle(*credential)) + QStringLiteral(" · ") +
+        QString line = text(titles[i]) + QStringLiteral(" · ") +
                        text(credential->expiresOn->formatted()) + QStringLiteral(" (") + daysText(days) +
                        QStringLiteral(")");
         if (isRenewalFiled(*credential)) line += tr(", renewal filed");

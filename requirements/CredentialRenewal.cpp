@@ -4,6 +4,7 @@
 #include "requirements/USState.h"
 
 #include <algorithm>
+#include <unordered_map>
 
 namespace corvale {
 
@@ -35,6 +36,46 @@ std::string renewTitle(const Credential& credential) {
     default:
         return titled ? *credential.title : std::string(displayName(*kind));
     }
+}
+
+std::vector<std::string> distinctTitles(std::span<const Credential* const> credentials) {
+    std::vector<std::string> titles;
+    titles.reserve(credentials.size());
+    for (const Credential* credential : credentials) titles.push_back(renewTitle(*credential));
+
+    // Alike: one person's, under the same title.
+    std::unordered_map<std::string, std::vector<std::size_t>> groups;
+    groups.reserve(credentials.size());
+    for (std::size_t i = 0; i < credentials.size(); ++i) {
+        std::string key = credentials[i]->personId;
+        key += '\0';
+        key += titles[i];
+        groups[std::move(key)].push_back(i);
+    }
+    for (const auto& [key, alike] : groups) {
+        if (alike.size() < 2) continue;
+        const auto differ = [&](auto field) {
+            return std::any_of(alike.begin(), alike.end(), [&](std::size_t k) {
+                return field(*credentials[k]) != field(*credentials[alike.front()]);
+            });
+        };
+        const auto state = [](const Credential& c) { return c.state.value_or(""); };
+        const auto number = [](const Credential& c) { return c.number.value_or(""); };
+        const auto expiry = [](const Credential& c) { return c.expiresOn ? c.expiresOn->shortFormatted() : ""; };
+        const bool byState = differ(state), byNumber = differ(number), byExpiry = differ(expiry);
+        for (const std::size_t k : alike) {
+            const Credential& credential = *credentials[k];
+            std::string telling;
+            if (byState && !state(credential).empty())
+                telling = USState::nameOf(state(credential));
+            else if (byNumber && !number(credential).empty())
+                telling = number(credential);
+            else if (byExpiry && credential.expiresOn)
+                telling = "expires " + expiry(credential);
+            if (!telling.empty()) titles[k] += " (" + telling + ")";
+        }
+    }
+    return titles;
 }
 
 bool isRenewalFiled(const Credential& credential) {

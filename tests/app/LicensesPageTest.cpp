@@ -200,9 +200,12 @@ private slots:
         QCOMPARE(listed(page).size(), std::size_t{1});
         search->setText("tx");
         QCOMPARE(listed(page).size(), std::size_t{3});  // the three Texas licences, by their state code
+        // A group's count is of what the search leaves in it, and goes back when the search is cleared.
+        QCOMPARE(groupTitles(page), QStringList{"State License · 3"});
         search->setText("nothing like this");
         QCOMPARE(page.view()->model()->rowCount(), 0);
         search->clear();
+        QCOMPARE(groupTitles(page).first(), QStringLiteral("State License · 4"));
 
         // Narrowed to the nurse: her two credentials, and no person column or grouping by person.
         const std::string nurse = vault.store.doc().people.at(1).id;

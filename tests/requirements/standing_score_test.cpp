@@ -280,6 +280,33 @@ TEST(CredentialRenewal, TitlesFilingAndCopies) {
     credential.kind = "fellowship";
     EXPECT_FALSE(needsDocument(credential, live));
 
+    // Records that read alike say what tells them apart, only among one person's.
+    const auto make = [](std::string person, std::string kind, std::optional<std::string> state,
+                         std::optional<std::string> number, std::optional<Day> expires) {
+        Credential c;
+        c.personId = std::move(person);
+        c.kind = std::move(kind);
+        c.state = std::move(state);
+        c.number = std::move(number);
+        c.expiresOn = expires;
+        return c;
+    };
+    const std::vector<Credential> held{
+        make("a", "dea", "TX", "FT1", Day{2027, 1, 31}),     make("a", "dea", "CA", "FC2", Day{2027, 1, 31}),
+        make("a", "bls", std::nullopt, "B-1", Day{2025, 9, 30}), make("a", "bls", std::nullopt, "B-2", Day{2027, 9, 30}),
+        make("a", "acls", std::nullopt, std::nullopt, Day{2025, 1, 31}),
+        make("a", "acls", std::nullopt, std::nullopt, Day{2027, 1, 31}),
+        make("b", "dea", "TX", "FB3", Day{2027, 1, 31}),     make("a", "malpractice", std::nullopt, "M", std::nullopt),
+        make("a", "stateLicense", "TX", "X", std::nullopt),  make("a", "stateLicense", "TX", "X", std::nullopt)};
+    std::vector<const Credential*> listedTogether;
+    for (const auto& c : held) listedTogether.push_back(&c);
+    EXPECT_EQ(distinctTitles(listedTogether),
+              (std::vector<std::string>{"DEA registration (Texas)", "DEA registration (California)", "BLS card (B-1)",
+                                        "BLS card (B-2)", "ACLS card (expires Jan 31, 2025)",
+                                        "ACLS card (expires Jan 31, 2027)", "DEA registration",
+                                        renewTitle(held[7]), "Texas license", "Texas license"}));
+    EXPECT_TRUE(distinctTitles({}).empty());
+
     EXPECT_EQ(numberWord(1), "one");
     EXPECT_EQ(capitalisedNumberWord(12), "Twelve");
     EXPECT_EQ(numberWord(21), "21");
