@@ -46,6 +46,29 @@ void tieError(QLabel* error, QWidget* field) {
     error->setProperty("errorFor", QVariant::fromValue(static_cast<QObject*>(field)));
 }
 
+QScrollArea* scrollPage(QWidget* page, QWidget* content, int maxWidth) {
+    // A full-width holder in the page's colour, with the capped content in its middle.
+    auto* holder = new QWidget;
+    holder->setObjectName(QStringLiteral("page"));
+    holder->setAttribute(Qt::WA_StyledBackground, true);
+    auto* row = new QHBoxLayout(holder);
+    row->setContentsMargins(0, 0, 0, 0);
+    row->setSpacing(0);
+    content->setMaximumWidth(maxWidth);
+    row->addStretch(1);
+    row->addWidget(content, 1000);
+    row->addStretch(1);
+    auto* scroll = new QScrollArea(page);
+    scroll->setFocusPolicy(Qt::NoFocus);
+    scroll->setWidget(holder);
+    scroll->setWidgetResizable(true);
+    scroll->setFrameShape(QFrame::NoFrame);
+    auto* layout = new QVBoxLayout(page);
+    layout->setContentsMargins(0, 0, 0, 0);
+    layout->addWidget(scroll);
+    return scroll;
+}
+
 QString notOnTheCalendar(const QString& typed) {
     return QObject::tr("There's no %1 on the calendar, so check the day and month.").arg(typed);
 }

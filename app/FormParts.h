@@ -7,6 +7,7 @@
 class QFrame;
 class QLabel;
 class QLineEdit;
+class QScrollArea;
 class QVBoxLayout;
 class QWidget;
 
@@ -35,6 +36,11 @@ QFrame* card(const QString& heading, const QString& caption, QWidget* parent, QV
 // A row of stretches centres it rather than an alignment flag, which would
 // size the card by its unwrapped text and clip wrapped sentences.
 void centreCard(QWidget* page, QWidget* card);
+// Puts a screen's content in a scroll area that fills `page`. On a wide screen
+// the content stops at `maxWidth` and stays centred, so a row's button stays
+// near its words. The area only scrolls: Tab goes to what is inside.
+QScrollArea* scrollPage(QWidget* page, QWidget* content, int maxWidth);
+
 // Makes Tab follow the order the layouts place things in, top to bottom and
 // left to right, instead of the order the widgets were made or moved in.
 void orderTabsAsLaidOut(QWidget* root);

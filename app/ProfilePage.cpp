@@ -14,6 +14,7 @@
 
 #include <QAbstractTableModel>
 #include <QComboBox>
+#include <QCoreApplication>
 #include <QFrame>
 #include <QGridLayout>
 #include <QHBoxLayout>
@@ -209,15 +210,7 @@ ProfilePage::ProfilePage(AppContext& context, QWidget* parent) : Screen(context,
     for (QTableView* table : {m_workTable, m_facilityTable})
         connect(table->selectionModel(), &QItemSelectionModel::selectionChanged, this, &ProfilePage::updateListButtons);
 
-    auto* scroll = new QScrollArea(this);
-
-    scroll->setFocusPolicy(Qt::NoFocus);  // only scrolls: Tab goes to what is inside
-    scroll->setWidget(content);
-    scroll->setWidgetResizable(true);
-    scroll->setFrameShape(QFrame::NoFrame);
-    auto* layout = new QVBoxLayout(this);
-    layout->setContentsMargins(0, 0, 0, 0);
-    layout->addWidget(scroll);
+    m_scroll = scrollPage(this, content, 1320);
 
     auto* saveShortcut = new QShortcut(QKeySequence::Save, this);
     saveShortcut->setContext(Qt::WidgetWithChildrenShortcut);
@@ -806,6 +799,7 @@ void ProfilePage::editWork(const std::optional<std::string>& id) {
     m_workTo->setText(entry ? dayText(entry->endDate) : QString());
     showMessage(m_workError, {});
     m_workForm->setVisible(true);
+    reveal(m_workForm);
     m_employer->setFocus();
 }
 
@@ -916,7 +910,14 @@ void ProfilePage::editFacility(const std::optional<std::string>& id) {
     }
     showMessage(m_facilityError, {});
     m_facilityForm->setVisible(true);
+    reveal(m_facilityForm);
     m_facilityName->setFocus();
+}
+
+void ProfilePage::reveal(QWidget* form) {
+    // The form has just been shown: lay it out now so the scroll knows where it is.
+    QCoreApplication::sendPostedEvents(nullptr, QEvent::LayoutRequest);
+    m_scroll->ensureWidgetVisible(form, 0, 24);
 }
 
 void ProfilePage::saveFacility() {

@@ -17,6 +17,7 @@ class QLabel;
 class QLineEdit;
 class QPlainTextEdit;
 class QPushButton;
+class QScrollArea;
 class QTableView;
 class QFrame;
 class QListView;
@@ -58,6 +59,8 @@ private:
     void hideDateOfBirth();
 
     void editWork(const std::optional<std::string>& id);
+    // Scrolls an inline form that just opened into view.
+    void reveal(QWidget* form);
     void saveWork();
     void removeWork();
     void editFacility(const std::optional<std::string>& id);
@@ -101,6 +104,7 @@ private:
     QTableView* m_workTable = nullptr;
     QPushButton* m_workEdit = nullptr;
     QPushButton* m_workRemove = nullptr;
+    QScrollArea* m_scroll = nullptr;
     QFrame* m_workForm = nullptr;
     std::optional<std::string> m_workEditing;  // absent: adding
     QLineEdit* m_employer = nullptr;

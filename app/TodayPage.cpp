@@ -210,15 +210,7 @@ TodayPage::TodayPage(QWidget* parent) : QWidget(parent) {
     m_licences = section(tr("Continuing education by licence"), column, content);
     column->addStretch(1);
 
-    auto* scroll = new QScrollArea(this);
-
-    scroll->setFocusPolicy(Qt::NoFocus);  // only scrolls: Tab goes to what is inside
-    scroll->setWidget(content);
-    scroll->setWidgetResizable(true);
-    scroll->setFrameShape(QFrame::NoFrame);
-    auto* layout = new QVBoxLayout(this);
-    layout->setContentsMargins(0, 0, 0, 0);
-    layout->addWidget(scroll);
+    scrollPage(this, content, 1180);
 }
 
 QString TodayPage::headline() const { return m_headline->text(); }

@@ -188,8 +188,10 @@ inline QStringList misplacedControls(QWidget& root) {
 
 inline void screenshot(QWidget& widget, const QString& name, QSize size = {1280, 800}) {
     widget.resize(size);
-    // Rows added to a visible layout show themselves on the next turn of the event loop.
+    // Rows added to a visible layout show themselves on later turns of the event loop,
+    // more of them on a busy machine; a sentence really cut off stays cut off.
     QTest::qWait(50);
+    (void)QTest::qWaitFor([&] { return clippedSentences(widget).isEmpty(); }, 2000);
     QDir().mkpath(QStringLiteral(CORVALE_SCREENSHOT_DIR));
     QVERIFY(widget.grab().save(QStringLiteral(CORVALE_SCREENSHOT_DIR "/%1.png").arg(name)));
     const QStringList clipped = clippedSentences(widget);

@@ -222,7 +222,7 @@ private slots:
         QVERIFY(press(page, "Add job"));
         field(page, "Employer")->setText("Dell Seton Medical Center");
         field(page, "Role")->setText("Nocturnist");
-        field(page, "From")->setText("2024-01-08");
+        field(page, "From")->setText("01/08/2024");
         field(page, "To")->setText("2023-12-31");
         QVERIFY(press(page, "Save job"));
         QCOMPARE(problem(page, "Job problem"), QStringLiteral("The job ends before it starts, so check the dates."));
@@ -267,6 +267,26 @@ private slots:
         QVERIFY(press(page, "Undo"));
         QVERIFY(!job(self(vault), "UT Southwestern")->deleted);
         QVERIFY(column(jobs, 0).contains("UT Southwestern"));
+    }
+
+    void aFormOpenedBelowTheFoldScrollsIntoViewWithFocus() {
+        OpenVault vault;
+        testing::fillSampleVault(vault.store);
+        testing::StyledWindow window;
+        auto* page = window.hold(new ProfilePage(vault.context, &window));
+        window.resize(900, 600);
+        window.show();
+        QVERIFY(QTest::qWaitForWindowActive(&window));
+        auto* name = field(*page, "Facility name");
+        QVERIFY(press(*page, "Add facility"));
+        QVERIFY(name->hasFocus());
+        // The whole field is on screen, not just somewhere in the scrolled page.
+        QCOMPARE(name->visibleRegion().boundingRect(), name->rect());
+        // And so is the first field of a job, which opens higher up.
+        QVERIFY(press(*page, "Add job"));
+        auto* employer = field(*page, "Employer");
+        QVERIFY(employer->hasFocus());
+        QCOMPARE(employer->visibleRegion().boundingRect(), employer->rect());
     }
 
     void facilitiesKeepWhatTheyAskForEvenWhenThisVersionCannotNameIt() {
