@@ -294,6 +294,7 @@ void MainWindow::refresh() {
             m_onboarding->setCreateOffered(true);
             m_onboarding->showNotice(QString());
         }
+        m_onboarding->focusFirstField();
         reloadScreens();  // with the document empty, no record stays on a screen
         armIdleLock();
         return;

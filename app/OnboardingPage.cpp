@@ -290,6 +290,14 @@ void OnboardingPage::showWay(Way way) {
     m_wayButtons.at(static_cast<std::size_t>(index))->setChecked(true);
 }
 
+void OnboardingPage::focusFirstField() {
+    switch (way()) {
+    case Way::create: m_name->setFocus(); break;
+    case Way::join: m_joinFolder->setFocus(); break;
+    case Way::restore: m_backupFile->setFocus(); break;
+    }
+}
+
 void OnboardingPage::setCreateOffered(bool offered) {
     m_wayButtons.at(static_cast<std::size_t>(Way::create))->setVisible(offered);
 }

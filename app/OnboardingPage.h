@@ -35,6 +35,8 @@ public:
 
     enum class Way { create, join, restore };
     void showWay(Way way);
+    // Puts the keyboard in the first field of the form in view, as the page opens.
+    void focusFirstField();
     Way way() const;
     // Hidden while a vault file waits here for its key: a new vault would strand it.
     void setCreateOffered(bool offered);
