@@ -94,6 +94,16 @@ class MainWindowTest : public QObject {
         QFAIL("no Create vault button");
     }
 
+    // A vault made as onboarding would make it, for tests that start past it.
+    static bool createVault(MainWindow& window, std::string name, std::string degree,
+                            std::vector<std::string> states = {}) {
+        Onboarding onboarding;
+        onboarding.owner.name = std::move(name);
+        onboarding.owner.degree = std::move(degree);
+        onboarding.states = std::move(states);
+        return window.store().create(std::move(onboarding)).ok();
+    }
+
 private slots:
     void onboardingCreatesAVaultTheCommandLineReads() {
         Device device;
@@ -151,11 +161,7 @@ private slots:
     void aLicenceEditedChangesTheScoreOnToday() {
         Device device;
         MainWindow window(device.setup(), rules());
-        Onboarding onboarding;
-        onboarding.owner.name = "Sam Patel";
-        onboarding.owner.degree = "MD";
-        onboarding.states = {"TX"};
-        QVERIFY(window.store().create(onboarding).ok());
+        QVERIFY(createVault(window, "Sam Patel", "MD", {"TX"}));
         QVERIFY(window.store()
                     .change([](VaultDocument& doc) {
                         doc.credentials[0].expiresOn = Day{2026, 12, 2};
@@ -190,10 +196,7 @@ private slots:
     void aNewVaultSaysWhatToAddFirst() {
         Device device;
         MainWindow window(device.setup(), rules());
-        Onboarding onboarding;
-        onboarding.owner.name = "Ana Ruiz";
-        onboarding.owner.degree = "MD";
-        QVERIFY(window.store().create(onboarding).ok());
+        QVERIFY(createVault(window, "Ana Ruiz", "MD"));
         window.show();
         window.start();
         TodayPage* today = window.todayPage();
@@ -211,10 +214,7 @@ private slots:
         Device device;
         auto windowOwner = std::make_unique<MainWindow>(device.setup(), rules());
         MainWindow& window = *windowOwner;
-        Onboarding onboarding;
-        onboarding.owner.name = "Ana Ruiz";
-        onboarding.owner.degree = "RN";
-        QVERIFY(window.store().create(onboarding).ok());
+        QVERIFY(createVault(window, "Ana Ruiz", "RN"));
         QVERIFY(window.store().setAppLock(true).ok());
         window.show();
         window.refresh();
