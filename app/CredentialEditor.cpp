@@ -419,10 +419,11 @@ void CredentialEditor::build() {
     saveButton->setToolTip(tr("Save (Ctrl+S)"));
     auto* footer = new QHBoxLayout;
     footer->setContentsMargins(22, 10, 22, 16);
+    // The footer sits at the bottom: a longer error grows it upward and the buttons stay put.
     footer->addWidget(m_saveError, 1);
     footer->addStretch(0);
-    footer->addWidget(cancelButton);
-    footer->addWidget(saveButton);
+    footer->addWidget(cancelButton, 0, Qt::AlignBottom);
+    footer->addWidget(saveButton, 0, Qt::AlignBottom);
 
     auto* header = new QVBoxLayout;
     header->setContentsMargins(22, 18, 22, 8);

@@ -38,13 +38,18 @@ LockPage::LockPage(QWidget* parent) : QWidget(parent) {
     connect(m_unlock, &QPushButton::clicked, this, &LockPage::unlockRequested);
 
     auto* cardLayout = new QVBoxLayout(card);
-    cardLayout->setContentsMargins(32, 32, 32, 28);
+    cardLayout->setContentsMargins(32, 32, 32, 14);  // the error line below the button is kept, and fills out the bottom
     cardLayout->setSpacing(12);
     cardLayout->addWidget(title);
     cardLayout->addWidget(detail);
     cardLayout->addWidget(m_notice);
-    cardLayout->addWidget(m_error);
     cardLayout->addWidget(m_unlock, 0, Qt::AlignHCenter);
+    // Under the button, and its line kept while hidden: the centred card keeps its size.
+    QSizePolicy keep = m_error->sizePolicy();
+    keep.setRetainSizeWhenHidden(true);
+    m_error->setSizePolicy(keep);
+    m_error->setMinimumHeight(m_error->fontMetrics().lineSpacing());
+    cardLayout->addWidget(m_error);
 
     centreCard(this, card);
 }

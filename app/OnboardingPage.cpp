@@ -177,8 +177,9 @@ QWidget* OnboardingPage::makeCreateForm() {
     cardLayout->addSpacing(6);
     cardLayout->addLayout(form);
     cardLayout->addSpacing(8);
-    cardLayout->addWidget(error);
+    // The problem shows under the button, so the button stays where it was pressed.
     cardLayout->addWidget(create, 0, Qt::AlignRight);
+    cardLayout->addWidget(error);
     return card;
 }
 
@@ -227,8 +228,8 @@ QFrame* formCard(QWidget* parent, const QString& intro, QFormLayout* form, QLabe
     layout->addSpacing(6);
     layout->addLayout(form);
     layout->addSpacing(8);
-    layout->addWidget(error);
     layout->addWidget(action, 0, Qt::AlignRight);
+    layout->addWidget(error);
     return card;
 }
 

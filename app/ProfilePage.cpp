@@ -403,7 +403,6 @@ QFrame* ProfilePage::buildWorkHistory(QWidget* content) {
     grid->setColumnStretch(3, 1);
     form->addLayout(grid);
     m_workError = errorLabel(tr("Job problem"), m_workForm);
-    form->addWidget(m_workError);
     auto* cancel = pushButton(tr("Cancel"), m_workForm);
     cancel->setAccessibleName(tr("Cancel job"));
     auto* save = pushButton(tr("Save job"), m_workForm, "primary");
@@ -412,6 +411,7 @@ QFrame* ProfilePage::buildWorkHistory(QWidget* content) {
     formButtons->addWidget(cancel);
     formButtons->addWidget(save);
     form->addLayout(formButtons);
+    form->addWidget(m_workError);  // under the buttons, which then stay where they were pressed
     body->addWidget(m_workForm);
 
     connect(add, &QPushButton::clicked, this, [this] { editWork(std::nullopt); });
@@ -515,7 +515,6 @@ QFrame* ProfilePage::buildFacilities(QWidget* content) {
     grid->setColumnStretch(2, 1);
     form->addLayout(grid);
     m_facilityError = errorLabel(tr("Facility problem"), m_facilityForm);
-    form->addWidget(m_facilityError);
     auto* cancel = pushButton(tr("Cancel"), m_facilityForm);
     cancel->setAccessibleName(tr("Cancel facility"));
     auto* save = pushButton(tr("Save facility"), m_facilityForm, "primary");
@@ -524,6 +523,7 @@ QFrame* ProfilePage::buildFacilities(QWidget* content) {
     formButtons->addWidget(cancel);
     formButtons->addWidget(save);
     form->addLayout(formButtons);
+    form->addWidget(m_facilityError);  // under the buttons, which then stay where they were pressed
     body->addWidget(m_facilityForm);
 
     connect(add, &QPushButton::clicked, this, [this] { editFacility(std::nullopt); });

@@ -203,10 +203,11 @@ QFrame* SettingsPage::buildReminders(QWidget* content) {
     body->addLayout(form);
 
     m_remindersError = errorLabel(tr("Reminders problem"), frame);
-    body->addWidget(m_remindersError);
     m_saveReminders = new QPushButton(tr("Save reminders"), frame);
     m_saveReminders->setObjectName(QStringLiteral("primary"));
+    // Problems show under the buttons throughout, so a button stays where it was pressed.
     body->addLayout(buttonRow({m_saveReminders}, true));
+    body->addWidget(m_remindersError);
 
     const auto edited = [this] {
         if (m_filling) return;
@@ -275,12 +276,12 @@ SettingsPage::PassphrasePanel SettingsPage::passphrasePanel(const QString& subje
     fields->addStretch(1);
     layout->addLayout(fields);
     panel.error = errorLabel(tr("%1 problem").arg(subject.left(1).toUpper() + subject.mid(1)), panel.frame);
-    layout->addWidget(panel.error);
     auto* cancel = new QPushButton(tr("Cancel"), panel.frame);
     cancel->setAccessibleName(tr("Cancel %1").arg(subject));
     auto* go = new QPushButton(action, panel.frame);
     go->setObjectName(QStringLiteral("primary"));
     layout->addLayout(buttonRow({cancel, go}, true));
+    layout->addWidget(panel.error);
 
     connect(cancel, &QPushButton::clicked, this, &SettingsPage::closePanels);
     connect(go, &QPushButton::clicked, this, run);
@@ -407,11 +408,11 @@ QFrame* SettingsPage::buildErase(QWidget* content) {
     warning->setAccessibleName(tr("Erase warning"));
     confirm->addWidget(warning);
     m_eraseError = errorLabel(tr("Erase problem"), m_eraseConfirm);
-    confirm->addWidget(m_eraseError);
     auto* keep = new QPushButton(tr("Keep my vault"), m_eraseConfirm);
     auto* eraseNow = new QPushButton(tr("Erase now"), m_eraseConfirm);
     eraseNow->setObjectName(QStringLiteral("danger"));
     confirm->addLayout(buttonRow({keep, eraseNow}, true));
+    confirm->addWidget(m_eraseError);
     body->addWidget(m_eraseConfirm);
 
     connect(m_eraseButton, &QPushButton::clicked, this, [this, keep] {

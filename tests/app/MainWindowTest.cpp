@@ -7,6 +7,8 @@
 #include "app/LongTask.h"
 #include "app/MainWindow.h"
 #include "app/OnboardingPage.h"
+#include "app/ProfilePage.h"
+#include "app/SettingsPage.h"
 #include "app/ProgressRing.h"
 #include "app/StartProblemPage.h"
 #include "app/WindowBeacon.h"
@@ -311,6 +313,72 @@ private slots:
         QVERIFY(!window.store().lastSaveError());
         QVERIFY(window.lockIfEnabled());
         QCOMPARE(window.lockPage()->noticeText(), QString());
+    }
+
+    // A problem appears without moving the button that was pressed, so a second press lands where the first did.
+    void aProblemNeverMovesTheButtonThatRaisedIt() {
+        Device device;
+        MainWindow window(device.setup(), rules());
+        window.resize(1280, 800);
+        window.show();
+        window.start();
+        QVERIFY(QTest::qWaitForWindowExposed(&window));
+        const auto settle = [] {
+            QCoreApplication::sendPostedEvents(nullptr, QEvent::LayoutRequest);
+            QTest::qWait(20);
+        };
+        const auto pressAndStay = [&](QWidget& where, const QString& name) {
+            QAbstractButton* pressed = testing::button(where, name);
+            QVERIFY2(pressed && pressed->isVisible(), qPrintable(name));
+            settle();
+            const QPoint before = pressed->mapTo(&window, QPoint());
+            pressed->click();
+            settle();
+            QVERIFY2(pressed->isVisible() && pressed->mapTo(&window, QPoint()) == before, qPrintable(name + " moved"));
+        };
+
+        OnboardingPage& onboarding = *window.onboardingPage();
+        pressAndStay(onboarding, QStringLiteral("Create vault"));
+        QVERIFY(!errorText(onboarding).isEmpty());
+        fill(onboarding, QStringLiteral("Name"), QStringLiteral("Ana Ruiz"));
+        create(onboarding);
+        QCOMPARE(window.pageName(), QStringLiteral("today"));
+
+        window.showScreen(QStringLiteral("licenses"));
+        auto* licences = window.findChild<LicensesPage*>();
+        licences->newCredential();
+        auto* credential = licences->editor();
+        testing::field(*credential, QStringLiteral("Expires on"))->setText(QStringLiteral("someday"));
+        pressAndStay(*credential, QStringLiteral("Save"));
+        QVERIFY(!credential->errorFor(QStringLiteral("Expires on")).isEmpty());
+        credential->cancel();
+
+        window.showScreen(QStringLiteral("cme"));
+        auto* cme = window.findChild<CMEPage*>();
+        cme->logActivity();
+        pressAndStay(*cme->editor(), QStringLiteral("Save"));
+        cme->editor()->cancel();
+
+        window.showScreen(QStringLiteral("profile"));
+        QWidget& profile = *window.findChild<ProfilePage*>();
+        QVERIFY(testing::press(profile, QStringLiteral("Add job")));
+        testing::field(profile, QStringLiteral("Employer"))->setText(QStringLiteral("Seton"));
+        testing::field(profile, QStringLiteral("From"))->setText(QStringLiteral("last spring"));
+        pressAndStay(profile, QStringLiteral("Save job"));
+        QVERIFY(!testing::problem(profile, QStringLiteral("Job problem")).isEmpty());
+
+        window.showScreen(QStringLiteral("settings"));
+        auto* settings = window.findChild<SettingsPage*>();
+        QVERIFY(testing::press(*settings, QStringLiteral("Export backup…")));
+        testing::field(*settings, QStringLiteral("Backup passphrase"))->setText(QStringLiteral("short"));
+        pressAndStay(*settings, QStringLiteral("Save backup…"));
+        QVERIFY(!testing::problem(*settings, QStringLiteral("Backup problem")).isEmpty());
+
+        QVERIFY(window.store().setAppLock(true).ok());
+        QVERIFY(window.lockIfEnabled());
+        device.authenticator.answer = AuthenticationResult::failed;
+        pressAndStay(*window.lockPage(), QStringLiteral("Unlock Corvale"));
+        QVERIFY(!window.lockPage()->errorText().isEmpty());
     }
 
     void theLockScreenSaysAWrongPasswordButNotAClosedPrompt() {
