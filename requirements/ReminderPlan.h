@@ -1,0 +1,40 @@
+#pragma once
+// What to remind the user of on a given day: each credential's expiry at the
+// lead days chosen (the vault's, or the credential's own), the expiry itself,
+// and a licence's education cycle ending with hours still missing. Whatever is
+// due for one credential goes out as one reminder; each occasion goes out once,
+// and one missed while the computer was off goes out at the next chance, with
+// its true dates. Snoozed credentials and kinds marked not applicable are left out.
+
+#include "records/Day.h"
+#include "records/VaultSettings.h"
+
+#include <set>
+#include <string>
+#include <vector>
+
+namespace corvale {
+
+struct Readiness;
+
+struct Reminder {
+    std::string credentialId;
+    std::string personId;
+    std::string title;               // "Texas license", "BLS card for Jordan Reyes"
+    std::vector<std::string> lines;  // one sentence per thing due
+    std::vector<std::string> keys;   // every occasion it settles, to be remembered as shown
+    Day due;                         // the earliest day among what it carries
+};
+
+struct ReminderPlan {
+    // Every reminder due on `today` whose occasions are not all in `shown`,
+    // the earliest first. `readiness` must be of the whole vault.
+    static std::vector<Reminder> due(const Readiness& readiness, const VaultSettings& settings, const Day& today,
+                                     const std::set<std::string, std::less<>>& shown);
+
+    // Occasion keys end with the day they were for; keys older than a year
+    // are of no use and can be dropped from what is remembered.
+    static bool isStale(const std::string& key, const Day& today);
+};
+
+}  // namespace corvale
