@@ -26,6 +26,7 @@ struct Session {
     PassphrasePrompt prompt;
     const Requirements& requirements;
     const StateFees& fees;
+    Notifier& notifier;
 
     int failed(std::string_view message) {
         err << message << '\n';
@@ -106,6 +107,12 @@ struct ProgressOptions {
 };
 
 int runToday(Session& session, const ProgressOptions& options, bool json);
+
+struct RemindOptions {
+    std::optional<Day> asOf;
+    bool dryRun = false;
+};
+int runRemind(Session& session, const RemindOptions& options);
 int runProgress(Session& session, const ProgressOptions& options, bool json);
 
 int runRules(Session& session, const RulesOptions& options, bool json);

@@ -3,6 +3,7 @@
 
 #include "cli/CommandContext.h"
 #include "cli/SafeOutput.h"
+#include "platform/linux/DBusNotifier.h"
 #include "records/CredentialKind.h"
 #include "records/Degree.h"
 #include "records/DocumentKind.h"
@@ -199,20 +200,22 @@ int runCommandLine(std::vector<std::string> args, std::istream& in, std::ostream
 }
 
 int runCommandLine(std::vector<std::string> args, std::istream& in, std::ostream& out, std::ostream& err,
-                   VaultStoreSetup setup, PassphrasePrompt prompt, StateData data) {
+                   VaultStoreSetup setup, PassphrasePrompt prompt, StateData data, Notifier* notifier) {
     using namespace cli;
     // Everything printed passes the escaping edge, record text and error sentences alike.
     EscapingBuffer outBuffer(out);
     EscapingBuffer errBuffer(err);
     std::ostream safeOut(&outBuffer);
     std::ostream safeErr(&errBuffer);
+    DBusNotifier desktopNotifier;
     Session session{setup,
                     in,
                     safeOut,
                     safeErr,
                     std::move(prompt),
                     data.requirements ? *data.requirements : Requirements::shared(),
-                    data.fees ? *data.fees : StateFees::shared()};
+                    data.fees ? *data.fees : StateFees::shared(),
+                    notifier ? *notifier : desktopNotifier};
 
     CLI::App app("Corvale: licences, CME and documents in an encrypted vault on this machine.", "corvale");
     app.require_subcommand(1);
@@ -402,6 +405,17 @@ int runCommandLine(std::vector<std::string> args, std::istream& in, std::ostream
     progressCommand->callback([&] {
         progressOptions(progressCommand);
         action = [&] { return runProgress(session, progress, json); };
+    });
+
+    RemindOptions remind;
+    std::string remindAsOf;
+    auto* remindCommand =
+        app.add_subcommand("remind", "Put what is due today on the desktop, each reminder once, and print it");
+    remindCommand->add_option("--as-of", remindAsOf, "Remind as on this day")->check(dayValidator());
+    remindCommand->add_flag("--dry-run", remind.dryRun, "Print what is due without sending or remembering it");
+    remindCommand->callback([&] {
+        remind.asOf = givenDay(remindCommand->get_option("--as-of"), remindAsOf);
+        action = [&] { return runRemind(session, remind); };
     });
 
     bool yes = false;

@@ -34,11 +34,15 @@ struct StateData {
     const StateFees* fees = nullptr;
 };
 
+// Where reminders go; the desktop's notification service unless a caller gives another.
+class Notifier;
+
 // `args` leaves out the program name. Returns 0 on success, 1 when the vault
 // refuses (its message on `err`), 2 for a usage error.
 int runCommandLine(std::vector<std::string> args, std::istream& in, std::ostream& out, std::ostream& err,
                    VaultStoreSetup setup);
 int runCommandLine(std::vector<std::string> args, std::istream& in, std::ostream& out, std::ostream& err,
-                   VaultStoreSetup setup, PassphrasePrompt prompt, StateData data = {});
+                   VaultStoreSetup setup, PassphrasePrompt prompt, StateData data = {},
+                   Notifier* notifier = nullptr);
 
 }  // namespace corvale

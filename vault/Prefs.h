@@ -23,6 +23,8 @@ public:
     // Minutes without input before an app-locked vault locks itself; 0 never.
     static constexpr std::string_view kIdleLockMinutes = "idleLockMinutes";
     static constexpr int kDefaultIdleLockMinutes = 15;
+    // The reminder occasions already put on the desktop, so each goes out once.
+    static constexpr std::string_view kRemindersShown = "remindersShown";
 
     Prefs(FileSystem& files, std::filesystem::path file);
     static std::filesystem::path defaultFile();  // <configuration>/Corvale/prefs.json

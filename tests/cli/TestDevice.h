@@ -5,6 +5,7 @@
 #include "cli/Commands.h"
 #include "platform/memory/InMemoryFileSystem.h"
 #include "platform/memory/InMemorySecretStore.h"
+#include "platform/memory/RecordingNotifier.h"
 #include "records/JSONReader.h"
 
 #include <gtest/gtest.h>
@@ -43,6 +44,7 @@ struct Device {
     fs::path plainCopies;
     PassphrasePrompt prompt;  // none: as when no terminal is there
     StateData stateData;      // the delivered state files unless a test gives its own
+    RecordingNotifier notifier;  // the desktop, as far as reminders can tell
 
     Device(InMemoryFileSystem& fileSystem, fs::path where)
         : files(fileSystem),
@@ -59,7 +61,7 @@ struct Device {
         std::istringstream in(input);
         std::ostringstream out, err;
         Outcome outcome;
-        outcome.code = runCommandLine(std::move(args), in, out, err, setup(), prompt, stateData);
+        outcome.code = runCommandLine(std::move(args), in, out, err, setup(), prompt, stateData, &notifier);
         outcome.out = out.str();
         outcome.err = err.str();
         return outcome;

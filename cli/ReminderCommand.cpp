@@ -1,0 +1,82 @@
+// `corvale remind`: what is due today goes to the desktop once, and what went
+// out is printed, so a timer's log says it too.
+
+#include "cli/CommandContext.h"
+#include "requirements/Readiness.h"
+#include "requirements/ReminderPlan.h"
+#include "requirements/ReminderSender.h"
+#include "vault/VaultStore.h"
+
+#include <set>
+
+namespace corvale::cli {
+namespace {
+
+std::set<std::string, std::less<>> shownOccasions(const Prefs& prefs) {
+    std::set<std::string, std::less<>> shown;
+    if (const JSONValue* list = prefs.value(Prefs::kRemindersShown); list && list->isArray())
+        for (const auto& key : list->asArray())
+            if (key.isString()) shown.insert(key.asString());
+    return shown;
+}
+
+}  // namespace
+
+int runRemind(Session& session, const RemindOptions& options) {
+    VaultStore store(session.setup);
+    if (auto started = store.start(); !started) {
+        // The open window holds the vault and says what is due itself.
+        if (started.error().code == VaultError::Code::inUse) {
+            session.out << "Corvale is open in a window; nothing sent from here.\n";
+            return kSucceeded;
+        }
+        return session.failed(started.error());
+    }
+    // App lock keeps the records from the screen, not from the user's own
+    // reminders: they are read, and say only that something needs attention.
+    const bool privately = store.phase() == VaultPhase::locked;
+    if (privately) {
+        if (auto opened = store.unlockWithoutAuth(); !opened) return session.failed(opened.error());
+    } else if (store.phase() != VaultPhase::ready) {
+        return session.failed(VaultError::noVault());
+    }
+
+    const Day today = options.asOf.value_or(Day::local(session.setup.clock.now()));
+    auto shown = shownOccasions(store.prefs());
+    const RequirementsFile* rules = session.requirements.file() ? &*session.requirements.file() : nullptr;
+    const auto readiness = Readiness::compute(store.doc(), rules, today);
+    const auto due = ReminderPlan::due(readiness, store.doc().settings, today, shown);
+    if (due.empty()) {
+        session.out << "Nothing to remind of on " << today.formatted() << ".\n";
+        return kSucceeded;
+    }
+    if (options.dryRun) {
+        for (const auto& reminder : due) {
+            session.out << reminder.title << '\n';
+            for (const auto& line : reminder.lines) session.out << "  " << line << '\n';
+        }
+        return kSucceeded;
+    }
+
+    const auto sending = sendReminders(session.notifier, due, privately);
+    for (const auto& notice : sending.sent) {
+        session.out << "Sent: " << notice.summary << '\n';
+        std::string body = notice.body;
+        for (std::size_t at = 0; (at = body.find('\n', at)) != std::string::npos; at += 3) body.replace(at, 1, "\n  ");
+        session.out << "  " << body << '\n';
+    }
+    // What went out is remembered, and what is a year past is let go.
+    shown.insert(sending.settled.begin(), sending.settled.end());
+    JSONValue::Array kept;
+    for (const auto& key : shown)
+        if (!ReminderPlan::isStale(key, today)) kept.emplace_back(key);
+    if (auto saved = store.prefs().set(Prefs::kRemindersShown, JSONValue(std::move(kept))); !saved)
+        return session.failed(saved.error());
+    if (sending.failure) {
+        return session.failed("The desktop's notification service didn't take the reminder (" +
+                              sending.failure->detail + "), so it will be tried again next time.");
+    }
+    return kSucceeded;
+}
+
+}  // namespace corvale::cli

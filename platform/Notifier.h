@@ -1,0 +1,33 @@
+#pragma once
+// Desktop notifications: a summary line and a body, shown by whatever
+// notification service the desktop runs.
+
+#include "platform/Result.h"
+
+#include <cstdint>
+#include <string>
+
+namespace corvale {
+
+struct Notification {
+    std::string summary;
+    std::string body;  // plain text; an implementation escapes what the service would read as markup
+};
+
+struct NotifierFailure {
+    enum class Kind {
+        noService,  // nothing answers for notifications in this session
+        refused,    // the service answered with an error
+    };
+    Kind kind = Kind::refused;
+    std::string detail;  // the service's own words, for a log
+};
+
+class Notifier {
+public:
+    virtual ~Notifier() = default;
+    // The id the service gave the notification.
+    virtual Result<std::uint32_t, NotifierFailure> notify(const Notification& notification) = 0;
+};
+
+}  // namespace corvale

@@ -1,0 +1,33 @@
+#include "requirements/ReminderSender.h"
+
+namespace corvale {
+
+ReminderSending sendReminders(Notifier& notifier, const std::vector<Reminder>& reminders, bool privately) {
+    ReminderSending result;
+    if (reminders.empty()) return result;
+    if (privately) {
+        // One for all of them: even how many could say too much.
+        const Notification notice{"Something in Corvale needs your attention", "Open Corvale to see what is due."};
+        if (auto sent = notifier.notify(notice); !sent) {
+            result.failure = sent.error();
+            return result;
+        }
+        result.sent.push_back(notice);
+        for (const auto& reminder : reminders)
+            result.settled.insert(result.settled.end(), reminder.keys.begin(), reminder.keys.end());
+        return result;
+    }
+    for (const auto& reminder : reminders) {
+        Notification notice{reminder.title, {}};
+        for (const auto& line : reminder.lines) notice.body += (notice.body.empty() ? "" : "\n") + line;
+        if (auto sent = notifier.notify(notice); !sent) {
+            result.failure = sent.error();
+            return result;
+        }
+        result.sent.push_back(std::move(notice));
+        result.settled.insert(result.settled.end(), reminder.keys.begin(), reminder.keys.end());
+    }
+    return result;
+}
+
+}  // namespace corvale

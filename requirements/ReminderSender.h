@@ -1,0 +1,23 @@
+#pragma once
+// Puts the day's reminders on the desktop. With app lock on a notification
+// says only that something needs attention, never what or whose: anyone at
+// the screen can read it.
+
+#include "platform/Notifier.h"
+#include "requirements/ReminderPlan.h"
+
+#include <optional>
+#include <string>
+#include <vector>
+
+namespace corvale {
+
+struct ReminderSending {
+    std::vector<Notification> sent;     // as they went out
+    std::vector<std::string> settled;   // the occasions now said, to remember
+    std::optional<NotifierFailure> failure;  // the first refusal; what follows it was not tried
+};
+
+ReminderSending sendReminders(Notifier& notifier, const std::vector<Reminder>& reminders, bool privately);
+
+}  // namespace corvale

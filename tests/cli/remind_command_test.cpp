@@ -1,0 +1,82 @@
+#include "TestDevice.h"
+#include "vault/VaultStore.h"
+
+namespace corvale {
+namespace {
+
+using namespace clitest;
+
+class RemindCommandTest : public ::testing::Test {
+protected:
+    InMemoryFileSystem files;
+    Device device{files, "/a"};
+
+    void SetUp() override {
+        ASSERT_EQ(device.run({"init", "--name", "Ana Ruiz", "--degree", "RN"}).code, 0);
+        ASSERT_EQ(device.run({"add", "credential", "--kind", "bls", "--expires", "2027-03-31"}).code, 0);
+    }
+    JSONValue shown() {
+        Prefs prefs(files, device.setup().prefsFile);
+        prefs.load();
+        const JSONValue* value = prefs.value(Prefs::kRemindersShown);
+        return value ? *value : JSONValue();
+    }
+};
+
+TEST_F(RemindCommandTest, SendsWhatIsDueOnceAndPrintsIt) {
+    auto quiet = device.run({"remind", "--as-of", "2026-12-30"});
+    EXPECT_EQ(quiet.code, 0);
+    EXPECT_EQ(quiet.out, "Nothing to remind of on December 30, 2026.\n");
+    EXPECT_TRUE(device.notifier.sent.empty());
+
+    // A dry run says what is due and neither sends nor remembers it.
+    auto dry = device.run({"remind", "--as-of", "2026-12-31", "--dry-run"});
+    EXPECT_EQ(dry.out, "BLS card\n  Expires on March 31, 2027 (in 90 days).\n");
+    EXPECT_TRUE(device.notifier.sent.empty());
+
+    auto sent = device.run({"remind", "--as-of", "2026-12-31"});
+    EXPECT_EQ(sent.code, 0) << sent.err;
+    EXPECT_EQ(sent.out, "Sent: BLS card\n  Expires on March 31, 2027 (in 90 days).\n");
+    ASSERT_EQ(device.notifier.sent.size(), 1u);
+    EXPECT_EQ(device.notifier.sent[0].summary, "BLS card");
+    EXPECT_EQ(shown().asArray().size(), 1u);
+    // Once only, however often the timer runs.
+    EXPECT_EQ(device.run({"remind", "--as-of", "2026-12-31"}).out, "Nothing to remind of on December 31, 2026.\n");
+    EXPECT_EQ(device.notifier.sent.size(), 1u);
+
+    // A desktop that refuses keeps the reminder for the next run.
+    device.notifier.refusal = NotifierFailure{NotifierFailure::Kind::noService, "no daemon"};
+    auto refused = device.run({"remind", "--as-of", "2027-03-01"});
+    EXPECT_EQ(refused.code, 1);
+    EXPECT_EQ(refused.err, "The desktop's notification service didn't take the reminder (no daemon), so it will be "
+                           "tried again next time.\n");
+    device.notifier.refusal.reset();
+    EXPECT_EQ(device.run({"remind", "--as-of", "2027-03-02"}).code, 0);
+    ASSERT_EQ(device.notifier.sent.size(), 2u);
+    EXPECT_EQ(device.notifier.sent[1].body, "Expires on March 31, 2027 (in 29 days). Its renewal isn't filed yet.");
+}
+
+TEST_F(RemindCommandTest, WithAppLockOnItSaysOnlyThatSomethingNeedsAttention) {
+    {
+        VaultStore store(device.setup());
+        ASSERT_TRUE(store.start().ok());
+        ASSERT_TRUE(store.setAppLock(true).ok());
+    }
+    device.authenticator.reasons.clear();
+    // No terminal and no password: a timer still reminds, without a word of what or whose.
+    auto sent = device.run({"remind", "--as-of", "2027-03-31"});
+    EXPECT_EQ(sent.code, 0) << sent.err;
+    ASSERT_EQ(device.notifier.sent.size(), 1u);
+    const Notification& notice = device.notifier.sent[0];
+    EXPECT_EQ(notice.summary, "Something in Corvale needs your attention");
+    for (const std::string& said : {notice.summary, notice.body, sent.out}) {
+        EXPECT_EQ(said.find("BLS"), std::string::npos) << said;
+        EXPECT_EQ(said.find("Ana"), std::string::npos) << said;
+        EXPECT_EQ(said.find("March"), std::string::npos) << said;
+    }
+    EXPECT_TRUE(device.authenticator.reasons.empty());
+    EXPECT_EQ(device.run({"remind", "--as-of", "2027-03-31"}).out, "Nothing to remind of on March 31, 2027.\n");
+}
+
+}  // namespace
+}  // namespace corvale
