@@ -113,6 +113,10 @@ struct RemindOptions {
     bool dryRun = false;
 };
 int runRemind(Session& session, const RemindOptions& options);
+// Holds a credential's reminders back until `until`; without it, lets them go again.
+int runSnooze(Session& session, const std::string& credentialId, const std::optional<Day>& until);
+// Marks a credential kind as not applicable to this vault (no reminders), or applicable again.
+int runNotApplicable(Session& session, const std::string& kind, bool applies);
 int runProgress(Session& session, const ProgressOptions& options, bool json);
 
 int runRules(Session& session, const RulesOptions& options, bool json);

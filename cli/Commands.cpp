@@ -418,6 +418,27 @@ int runCommandLine(std::vector<std::string> args, std::istream& in, std::ostream
         action = [&] { return runRemind(session, remind); };
     });
 
+    std::string snoozeId, snoozeUntil;
+    auto* snooze = app.add_subcommand("snooze", "Hold a credential's reminders back until a day");
+    snooze->add_option("ID", snoozeId, "The credential's id")->required();
+    auto* untilOption = snooze->add_option("--until", snoozeUntil, "The first day to remind again")->check(dayValidator());
+    bool wake = false;
+    snooze->add_flag("--off", wake, "Remind again from now on");
+    snooze->callback([&] {
+        action = [&] {
+            const auto until = givenDay(untilOption, snoozeUntil);
+            if (until.has_value() == wake) return session.usage("Give either --until DAY or --off.");
+            return runSnooze(session, snoozeId, until);
+        };
+    });
+    std::string notApplicableKind;
+    bool applies = false;
+    auto* notApplicable =
+        app.add_subcommand("not-applicable", "Stop reminders for a kind of credential you don't hold");
+    notApplicable->add_option("KIND", notApplicableKind, "Credential kind")->required()->check(credentialKinds);
+    notApplicable->add_flag("--off", applies, "The kind applies again");
+    notApplicable->callback([&] { action = [&] { return runNotApplicable(session, notApplicableKind, applies); }; });
+
     bool yes = false;
     auto* erase = app.add_subcommand("erase", "Erase the vault, its documents and its key from this device");
     erase->add_flag("--yes", yes, "Confirm");

@@ -7,6 +7,8 @@
 #include "requirements/ReminderSender.h"
 #include "vault/VaultStore.h"
 
+#include <algorithm>
+#include <functional>
 #include <set>
 
 namespace corvale::cli {
@@ -77,6 +79,50 @@ int runRemind(Session& session, const RemindOptions& options) {
                               sending.failure->detail + "), so it will be tried again next time.");
     }
     return kSucceeded;
+}
+
+namespace {
+
+// Applies a settings edit and writes it at once; the sentence of any failure is reported.
+int changeSettings(Session& session, VaultStore& store, const std::function<void(VaultSettings&)>& edit) {
+    const Timestamp now = session.now();
+    if (auto changed = store.change([&](VaultDocument& d) {
+            edit(d.settings);
+            d.settings.updatedAt = now;
+        });
+        !changed)
+        return session.failed(changed.error());
+    if (auto flushed = store.flush(); !flushed) return session.failed(flushed.error());
+    return kSucceeded;
+}
+
+}  // namespace
+
+int runSnooze(Session& session, const std::string& credentialId, const std::optional<Day>& until) {
+    VaultStore store(session.setup);
+    if (auto opened = openRecords(session, store); !opened) return session.failed(opened.error());
+    const auto& credentials = store.doc().credentials;
+    if (std::none_of(credentials.begin(), credentials.end(),
+                     [&](const Credential& c) { return !c.deleted && c.id == credentialId; }))
+        return session.failed("No credential has the id " + credentialId + ".");
+    return changeSettings(session, store, [&](VaultSettings& settings) {
+        if (until)
+            settings.snoozed[credentialId] = until->toString();
+        else
+            settings.snoozed.erase(credentialId);
+    });
+}
+
+int runNotApplicable(Session& session, const std::string& kind, bool applies) {
+    if (kind == "stateLicense" || kind == "other")
+        return session.usage("State licenses and other credentials always apply.");
+    VaultStore store(session.setup);
+    if (auto opened = openRecords(session, store); !opened) return session.failed(opened.error());
+    return changeSettings(session, store, [&](VaultSettings& settings) {
+        auto& kinds = settings.notApplicable;
+        std::erase(kinds, kind);
+        if (!applies) kinds.push_back(kind);
+    });
 }
 
 }  // namespace corvale::cli

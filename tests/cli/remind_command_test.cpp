@@ -56,6 +56,25 @@ TEST_F(RemindCommandTest, SendsWhatIsDueOnceAndPrintsIt) {
     EXPECT_EQ(device.notifier.sent[1].body, "Expires on March 31, 2027 (in 29 days). Its renewal isn't filed yet.");
 }
 
+TEST_F(RemindCommandTest, SnoozedAndNotApplicableCredentialsWait) {
+    const std::string bls = device.run({"list", "credentials", "--json"}).json().asArray().at(0).find("id")->asString();
+    EXPECT_EQ(device.run({"not-applicable", "bls"}).code, 0);
+    EXPECT_TRUE(device.run({"remind", "--as-of", "2026-12-31"}).out.starts_with("Nothing"));
+    EXPECT_EQ(device.run({"not-applicable", "bls", "--off"}).code, 0);
+    EXPECT_EQ(device.run({"snooze", bls, "--until", "2027-01-05"}).code, 0);
+    EXPECT_TRUE(device.run({"remind", "--as-of", "2027-01-04"}).out.starts_with("Nothing"));
+    EXPECT_TRUE(device.notifier.sent.empty());
+    // The snooze ends: what it held back goes out then.
+    EXPECT_EQ(device.run({"remind", "--as-of", "2027-01-05"}).out,
+              "Sent: BLS card\n  Expires on March 31, 2027 (in 85 days).\n");
+
+    auto always = device.run({"not-applicable", "stateLicense"});
+    EXPECT_EQ(always.code, 2);
+    EXPECT_EQ(always.err, "State licenses and other credentials always apply.\n");
+    EXPECT_EQ(device.run({"snooze", "no-such-id", "--until", "2027-01-05"}).err, "No credential has the id no-such-id.\n");
+    EXPECT_EQ(device.run({"snooze", bls}).code, 2);
+}
+
 TEST_F(RemindCommandTest, WithAppLockOnItSaysOnlyThatSomethingNeedsAttention) {
     {
         VaultStore store(device.setup());

@@ -1,0 +1,86 @@
+#!/usr/bin/env bash
+# `corvale remind` against a real notification daemon (dunst on a headless X
+# server) on the private session bus with_keyring.sh starts: the right
+# reminders arrive on the right days, none twice, none for what is snoozed or
+# not applicable, and nothing personal with app lock on.
+#   remind_daemon.sh <path to corvale>
+set -euo pipefail
+corvale=$1
+
+for tool in Xvfb dunst dunstctl python3; do
+  if ! command -v "$tool" >/dev/null; then
+    echo "SKIP: $tool is not installed (scripts/install-deps.sh installs it)" >&2
+    exit 77
+  fi
+done
+
+display=":$((200 + $$ % 500))"
+Xvfb "$display" -screen 0 800x600x24 -nolisten tcp >/dev/null 2>&1 &
+xvfb=$!
+trap 'kill $xvfb ${daemon:-} 2>/dev/null || true' EXIT
+for _ in $(seq 100); do [ -e "/tmp/.X11-unix/X${display#:}" ] && break; sleep 0.05; done
+DISPLAY=$display dunst -config /dev/null >/dev/null 2>&1 &
+daemon=$!
+gdbus wait --session --timeout 20 org.freedesktop.Notifications
+
+fail() { echo "FAIL: $*" >&2; exit 1; }
+
+# Every notification the daemon has taken since the last call, as "summary|body" lines.
+# dunst keeps its history for good, so what was seen is remembered by id.
+seen="$HOME/seen-notifications"
+echo 0 >"$seen"
+arrived() {
+  sleep 0.2
+  dunstctl close-all
+  sleep 0.2
+  dunstctl history | python3 -c '
+import json, sys
+seen = int(open(sys.argv[1]).read())
+new = sorted((n for n in json.load(sys.stdin)["data"][0] if n["id"]["data"] > seen), key=lambda n: n["id"]["data"])
+for n in new:
+    print(n["summary"]["data"] + "|" + n["body"]["data"].replace("\n", " / "))
+if new:
+    open(sys.argv[1], "w").write(str(new[-1]["id"]["data"]))' "$seen"
+}
+
+expect() {  # expect <description> <expected lines> <actual lines>
+  [ "$2" == "$3" ] || fail "$1: expected [$2], got [$3]"
+}
+
+"$corvale" init --name "Ana Ruiz" --degree RN --state TX >/dev/null
+licence=$("$corvale" list credentials --json | python3 -c 'import json,sys; print(json.load(sys.stdin)[0]["id"])')
+"$corvale" delete credentials "$licence"
+"$corvale" add credential --kind bls --expires 2027-03-31 >/dev/null
+"$corvale" add credential --kind acls --expires 2027-03-31 >/dev/null
+"$corvale" add credential --kind malpractice --expires 2027-03-31 >/dev/null
+acls=$("$corvale" list credentials --json | python3 -c '
+import json,sys; print(next(c["id"] for c in json.load(sys.stdin) if c["kind"] == "acls"))')
+"$corvale" snooze "$acls" --until 2027-01-10 >/dev/null
+"$corvale" not-applicable malpractice >/dev/null
+
+"$corvale" remind --as-of 2026-12-30 >/dev/null
+expect "a day before any lead day" "" "$(arrived)"
+"$corvale" remind --as-of 2026-12-31 >/dev/null
+expect "the 90-day mark, the snoozed and the not-applicable left out" \
+  "BLS card|Expires on March 31, 2027 (in 90 days)." "$(arrived)"
+"$corvale" remind --as-of 2026-12-31 >/dev/null
+"$corvale" remind --as-of 2027-01-09 >/dev/null
+expect "nothing twice, nothing while snoozed" "" "$(arrived)"
+"$corvale" remind --as-of 2027-01-10 >/dev/null
+expect "the snooze over" "ACLS card|Expires on March 31, 2027 (in 80 days)." "$(arrived)"
+
+# App lock on: the 30-day mark arrives with nothing of what or whose.
+python3 - "$XDG_CONFIG_HOME/Corvale/prefs.json" <<'PY'
+import json, os, sys
+path = sys.argv[1]
+prefs = json.load(open(path)) if os.path.exists(path) else {}
+prefs["appLock"] = True
+json.dump(prefs, open(path, "w"))
+PY
+printed=$("$corvale" remind --as-of 2027-03-01)
+got=$(arrived)
+expect "app lock on" "Something in Corvale needs your attention|Open Corvale to see what is due." "$got"
+case "$printed$got" in
+  *BLS* | *ACLS* | *Ana* | *March*) fail "app lock on, and the reminder said what or whose: $printed $got" ;;
+esac
+echo "remind_daemon: all checks passed"
