@@ -19,6 +19,7 @@
 #include "app/WheelGuard.h"
 #include "app/WindowBeacon.h"
 #include "requirements/Readiness.h"
+#include "requirements/ReminderSender.h"
 #include "requirements/Requirements.h"
 #include "vault/VaultStore.h"
 
@@ -169,6 +170,10 @@ MainWindow::MainWindow(const VaultStoreSetup& setup, const Requirements& require
     m_idleTimer = new QTimer(this);
     m_idleTimer->setSingleShot(true);
     connect(m_idleTimer, &QTimer::timeout, this, &MainWindow::lockIfEnabled);
+    // A window left open overnight reminds on the new day too.
+    m_reminderTimer = new QTimer(this);
+    m_reminderTimer->start(std::chrono::minutes(15));
+    connect(m_reminderTimer, &QTimer::timeout, this, &MainWindow::remindIfNewDay);
     qApp->installEventFilter(this);
     guardWheel(this);
     auto* lockNow = new QShortcut(QKeySequence(Qt::CTRL | Qt::Key_L), m_shell);
@@ -314,6 +319,24 @@ void MainWindow::refresh() {
     m_pages->setCurrentWidget(m_shell);
     reloadScreens();
     armIdleLock();
+    remindIfNewDay();
+}
+
+void MainWindow::remindIfNewDay() {
+    if (!m_notifier || m_store->phase() != VaultPhase::ready) return;
+    const Day today = m_context->today();
+    const QString day = text(today.toString());
+    if (day == m_remindedOn) return;
+    const auto& rules = m_requirements.file();
+    const auto readiness = Readiness::compute(m_store->doc(), rules ? &*rules : nullptr, today);
+    Prefs& prefs = m_store->prefs();
+    const auto shown = prefs.textSet(Prefs::kRemindersShown);
+    const auto due = ReminderPlan::due(readiness, m_store->doc().settings, today, shown);
+    // With app lock on, anyone at the screen can read a notification: it says only that something is due.
+    const auto sending = sendReminders(*m_notifier, due, prefs.flag(Prefs::kAppLock));
+    (void)prefs.setTextSet(Prefs::kRemindersShown, remember(shown, sending, today));
+    // A desktop that refused is tried again at the next check.
+    if (!sending.failure) m_remindedOn = day;
 }
 
 void MainWindow::reloadScreens() {

@@ -19,6 +19,7 @@ class QTimer;
 // Kept out of this header: the meta-object compiler cannot read the records' C++20 headers.
 namespace corvale {
 class Clock;
+class Notifier;
 class Requirements;
 class VaultStore;
 struct VaultError;
@@ -46,6 +47,10 @@ class MainWindow : public QWidget {
 public:
     MainWindow(const VaultStoreSetup& setup, const Requirements& requirements, QWidget* parent = nullptr);
     ~MainWindow() override;
+
+    // Where the day's reminders go while the window holds the vault (the
+    // command-line timer gives way to it); none sends nothing.
+    void setNotifier(Notifier* notifier) { m_notifier = notifier; }
 
     VaultStore& store() { return *m_store; }
     AppContext& context() { return *m_context; }
@@ -106,6 +111,8 @@ private:
     void openFix(const QString& action, const QString& recordId);
     void notify(const QString& text);
     void armIdleLock();
+    // Once a day while the vault is open: what is due goes to the desktop.
+    void remindIfNewDay();
 
     const Clock& m_clock;
     const Requirements& m_requirements;
@@ -133,6 +140,9 @@ private:
     std::vector<Screen*> m_screenList;
     std::vector<QString> m_screenNames;  // in sidebar order
     bool m_fillingSwitcher = false;
+    Notifier* m_notifier = nullptr;
+    QString m_remindedOn;  // the day reminders last went out, as YYYY-MM-DD
+    QTimer* m_reminderTimer = nullptr;
     bool m_draftDropped = false;  // said once the vault is open again
     bool m_startFailed = false;
     // The vault file could not be read at start; a restore replaces it once the backup checks out.

@@ -1,5 +1,6 @@
 #include "app/LockPage.h"
 #include "app/MainWindow.h"
+#include "platform/linux/DBusNotifier.h"
 #include "app/QtScheduler.h"
 #include "platform/ProcessHardening.h"
 #include "platform/linux/LibsecretSecretStore.h"
@@ -35,6 +36,8 @@ int main(int argc, char* argv[]) {
 
     app::MainWindow window(VaultStoreSetup::standard(files, secrets, clock, scheduler, authenticator),
                            Requirements::shared());
+    DBusNotifier notifier;
+    window.setNotifier(&notifier);
     window.show();
     window.start();
     return QApplication::exec();

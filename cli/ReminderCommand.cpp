@@ -12,18 +12,6 @@
 #include <set>
 
 namespace corvale::cli {
-namespace {
-
-std::set<std::string, std::less<>> shownOccasions(const Prefs& prefs) {
-    std::set<std::string, std::less<>> shown;
-    if (const JSONValue* list = prefs.value(Prefs::kRemindersShown); list && list->isArray())
-        for (const auto& key : list->asArray())
-            if (key.isString()) shown.insert(key.asString());
-    return shown;
-}
-
-}  // namespace
-
 int runRemind(Session& session, const RemindOptions& options) {
     VaultStore store(session.setup);
     if (auto started = store.start(); !started) {
@@ -44,7 +32,7 @@ int runRemind(Session& session, const RemindOptions& options) {
     }
 
     const Day today = options.asOf.value_or(Day::local(session.setup.clock.now()));
-    auto shown = shownOccasions(store.prefs());
+    auto shown = store.prefs().textSet(Prefs::kRemindersShown);
     const RequirementsFile* rules = session.requirements.file() ? &*session.requirements.file() : nullptr;
     const auto readiness = Readiness::compute(store.doc(), rules, today);
     const auto due = ReminderPlan::due(readiness, store.doc().settings, today, shown);
@@ -67,12 +55,7 @@ int runRemind(Session& session, const RemindOptions& options) {
         for (std::size_t at = 0; (at = body.find('\n', at)) != std::string::npos; at += 3) body.replace(at, 1, "\n  ");
         session.out << "  " << body << '\n';
     }
-    // What went out is remembered, and what is a year past is let go.
-    shown.insert(sending.settled.begin(), sending.settled.end());
-    JSONValue::Array kept;
-    for (const auto& key : shown)
-        if (!ReminderPlan::isStale(key, today)) kept.emplace_back(key);
-    if (auto saved = store.prefs().set(Prefs::kRemindersShown, JSONValue(std::move(kept))); !saved)
+    if (auto saved = store.prefs().setTextSet(Prefs::kRemindersShown, remember(shown, sending, today)); !saved)
         return session.failed(saved.error());
     if (sending.failure) {
         return session.failed("The desktop's notification service didn't take the reminder (" +

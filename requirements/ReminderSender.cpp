@@ -30,4 +30,13 @@ ReminderSending sendReminders(Notifier& notifier, const std::vector<Reminder>& r
     return result;
 }
 
+std::set<std::string, std::less<>> remember(const std::set<std::string, std::less<>>& shown,
+                                            const ReminderSending& sending, const Day& today) {
+    std::set<std::string, std::less<>> kept;
+    for (const auto& key : shown)
+        if (!ReminderPlan::isStale(key, today)) kept.insert(key);
+    for (const auto& key : sending.settled) kept.insert(key);
+    return kept;
+}
+
 }  // namespace corvale

@@ -7,6 +7,7 @@
 #include "requirements/ReminderPlan.h"
 
 #include <optional>
+#include <set>
 #include <string>
 #include <vector>
 
@@ -19,5 +20,10 @@ struct ReminderSending {
 };
 
 ReminderSending sendReminders(Notifier& notifier, const std::vector<Reminder>& reminders, bool privately);
+
+// What to keep as shown after a sending: what was shown before and what was
+// just settled, less what is more than a year past.
+std::set<std::string, std::less<>> remember(const std::set<std::string, std::less<>>& shown,
+                                            const ReminderSending& sending, const Day& today);
 
 }  // namespace corvale

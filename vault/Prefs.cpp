@@ -56,6 +56,21 @@ Result<void, VaultError> Prefs::set(std::string_view key, JSONValue value) {
     return save();
 }
 
+std::set<std::string, std::less<>> Prefs::textSet(std::string_view key) const {
+    std::set<std::string, std::less<>> texts;
+    if (const JSONValue* list = value(key); list && list->isArray())
+        for (const auto& entry : list->asArray())
+            if (entry.isString()) texts.insert(entry.asString());
+    return texts;
+}
+
+Result<void, VaultError> Prefs::setTextSet(std::string_view key, const std::set<std::string, std::less<>>& texts) {
+    JSONValue::Array list;
+    list.reserve(texts.size());
+    for (const auto& text : texts) list.emplace_back(text);
+    return set(key, JSONValue(std::move(list)));
+}
+
 Result<void, VaultError> Prefs::adoptMissing(const std::filesystem::path& olderFile) {
     const auto bytes = m_files.readFile(olderFile);
     if (!bytes) return {};

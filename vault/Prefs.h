@@ -10,6 +10,7 @@
 
 #include <filesystem>
 #include <optional>
+#include <set>
 #include <string>
 #include <string_view>
 
@@ -35,12 +36,15 @@ public:
     bool flag(std::string_view key) const;
     std::optional<Timestamp> timestamp(std::string_view key) const;
     const JSONValue* value(std::string_view key) const;
+    // A list of texts kept as a set; other entries in it are skipped.
+    std::set<std::string, std::less<>> textSet(std::string_view key) const;
     // kDefaultIdleLockMinutes until the user picks; 0 means never.
     double idleLockMinutes() const;
 
     Result<void, VaultError> setFlag(std::string_view key, bool value);
     Result<void, VaultError> setTimestamp(std::string_view key, const Timestamp& value);
     Result<void, VaultError> set(std::string_view key, JSONValue value);
+    Result<void, VaultError> setTextSet(std::string_view key, const std::set<std::string, std::less<>>& texts);
     // Copies every key this file lacks from another one (an older installation's).
     Result<void, VaultError> adoptMissing(const std::filesystem::path& olderFile);
 

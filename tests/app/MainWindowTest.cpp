@@ -18,6 +18,7 @@
 #include "platform/linux/PosixFileSystem.h"
 #include "platform/memory/InMemoryFileSystem.h"
 #include "platform/memory/InMemorySecretStore.h"
+#include "platform/memory/RecordingNotifier.h"
 #include "records/JSONReader.h"
 #include "records/NPI.h"
 #include "requirements/Requirements.h"
@@ -379,6 +380,36 @@ private slots:
         device.authenticator.answer = AuthenticationResult::failed;
         pressAndStay(*window.lockPage(), QStringLiteral("Unlock Corvale"));
         QVERIFY(!window.lockPage()->errorText().isEmpty());
+    }
+
+    // While the window holds the vault it reminds, once a day, and the command-line timer gives way.
+    void theOpenWindowRemindsOnceADay() {
+        Device device;
+        RecordingNotifier notifier;
+        MainWindow window(device.setup(), rules());
+        window.setNotifier(&notifier);
+        testing::fillSampleVault(window.store());
+        window.show();
+        window.start();
+        QTRY_COMPARE(window.pageName(), QStringLiteral("today"));
+        QVERIFY(!notifier.sent.empty());
+        QVERIFY(std::any_of(notifier.sent.begin(), notifier.sent.end(), [](const Notification& n) {
+            return n.summary == "California license" && n.body.find("January 31, 2027") != std::string::npos;
+        }));
+        const auto first = notifier.sent.size();
+        window.refresh();
+        QCOMPARE(notifier.sent.size(), first);
+        QCOMPARE(QString::fromStdString(run(device, {"remind"})),
+                 QStringLiteral("Corvale is open in a window; nothing sent from here.\n"));
+
+        // A week on, with app lock on: the 7-day mark goes out, without what or whose.
+        QVERIFY(window.store().setAppLock(true).ok());
+        device.clock.advance(std::chrono::days(16));
+        window.refresh();
+        QCOMPARE(notifier.sent.size(), first + 1);
+        QCOMPARE(notifier.sent.back().summary, std::string("Something in Corvale needs your attention"));
+        window.refresh();
+        QCOMPARE(notifier.sent.size(), first + 1);
     }
 
     void theLockScreenSaysAWrongPasswordButNotAClosedPrompt() {
