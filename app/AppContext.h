@@ -7,11 +7,13 @@
 #include "records/Person.h"
 #include "records/VaultDocument.h"
 
+#include <filesystem>
 #include <string_view>
 #include <vector>
 
 namespace corvale {
 class Clock;
+class ReminderTimer;
 class Requirements;
 class VaultStore;
 }  // namespace corvale
@@ -22,6 +24,9 @@ struct AppContext {
     VaultStore& store;
     const Requirements& requirements;
     const Clock& clock;
+    // Runs the reminders while the window is closed; absent where this build can't.
+    ReminderTimer* reminderTimer = nullptr;
+    std::filesystem::path remindProgram;  // the corvale command the timer runs
 
     Day today() const;
     const VaultDocument& doc() const;

@@ -60,7 +60,7 @@ MainWindow::MainWindow(const VaultStoreSetup& setup, const Requirements& require
       m_clock(setup.clock),
       m_requirements(requirements),
       m_store(std::make_unique<VaultStore>(setup)),
-      m_context(std::make_unique<AppContext>(AppContext{*m_store, requirements, setup.clock})) {
+      m_context(std::make_unique<AppContext>(AppContext{*m_store, requirements, setup.clock, nullptr, {}})) {
     registerResources();
     installAccessibility();
     setObjectName(QStringLiteral("appWindow"));
@@ -320,6 +320,12 @@ void MainWindow::refresh() {
     reloadScreens();
     armIdleLock();
     remindIfNewDay();
+}
+
+void MainWindow::setReminderTimer(ReminderTimer* timer, const std::filesystem::path& program) {
+    m_context->reminderTimer = timer;
+    m_context->remindProgram = program;
+    for (Screen* screen : m_screenList) screen->reload();
 }
 
 void MainWindow::remindIfNewDay() {

@@ -5,6 +5,7 @@
 #include <QWidget>
 
 #include <chrono>
+#include <filesystem>
 #include <functional>
 #include <memory>
 #include <utility>
@@ -20,6 +21,7 @@ class QTimer;
 namespace corvale {
 class Clock;
 class Notifier;
+class ReminderTimer;
 class Requirements;
 class VaultStore;
 struct VaultError;
@@ -51,6 +53,8 @@ public:
     // Where the day's reminders go while the window holds the vault (the
     // command-line timer gives way to it); none sends nothing.
     void setNotifier(Notifier* notifier) { m_notifier = notifier; }
+    // Lets Settings run `program remind` while the window is closed.
+    void setReminderTimer(ReminderTimer* timer, const std::filesystem::path& program);
 
     VaultStore& store() { return *m_store; }
     AppContext& context() { return *m_context; }

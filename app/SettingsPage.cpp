@@ -1,5 +1,7 @@
 #include "app/SettingsPage.h"
 
+#include "platform/ReminderTimer.h"
+
 #include "app/AppContext.h"
 #include "app/FormParts.h"
 #include "app/LongTask.h"
@@ -201,6 +203,13 @@ QFrame* SettingsPage::buildReminders(QWidget* content) {
     m_profession->setMaximumWidth(320);
     form->addRow(tr("Profession"), m_profession);
     body->addLayout(form);
+
+    m_remindClosed = new QCheckBox(tr("Remind me on the desktop even when Corvale is closed"), frame);
+    m_remindClosed->setAccessibleName(tr("Remind when closed"));
+    m_remindClosed->setToolTip(tr("Every day at 9:00 and after you log in, as a systemd user timer; at each login "
+                                  "where the desktop has none"));
+    form->addRow(QString(), m_remindClosed);
+    connect(m_remindClosed, &QCheckBox::toggled, this, &SettingsPage::setRemindWhenClosed);
 
     m_remindersError = errorLabel(tr("Reminders problem"), frame);
     m_saveReminders = new QPushButton(tr("Save reminders"), frame);
@@ -453,6 +462,9 @@ void SettingsPage::reload() {
     select(m_profession, settings.profession);
     m_saveReminders->setEnabled(false);
     showMessage(m_remindersError, {});
+    ReminderTimer* timer = context().reminderTimer;
+    m_remindClosed->setVisible(timer != nullptr);
+    m_remindClosed->setChecked(timer && timer->installed() != ReminderTimer::Kind::none);
 
     const bool appLock = prefs.flag(Prefs::kAppLock);
     m_appLock->setChecked(appLock);
@@ -523,6 +535,31 @@ void SettingsPage::saveReminders() {
     m_saveReminders->setEnabled(false);
     emit recordsChanged();
     emit notify(tr("Reminders saved."));
+}
+
+void SettingsPage::setRemindWhenClosed(bool on) {
+    ReminderTimer* timer = context().reminderTimer;
+    if (m_filling || !timer) return;
+    if (!on) {
+        if (auto removed = timer->remove(); !removed) {
+            showMessage(m_remindersError, tr("The reminder timer couldn't be removed from %1.")
+                                              .arg(text(removed.error().path.string())));
+            return;
+        }
+        emit notify(tr("Corvale reminds you only while it is open."));
+        return;
+    }
+    const auto installed = timer->install(context().remindProgram);
+    if (!installed) {
+        const QSignalBlocker blocker(m_remindClosed);
+        m_remindClosed->setChecked(false);
+        showMessage(m_remindersError, tr("The reminder timer couldn't be written to %1.")
+                                          .arg(text(installed.error().path.string())));
+        return;
+    }
+    emit notify(*installed == ReminderTimer::Kind::systemd
+                    ? tr("Corvale will remind you every day at 9:00 and after you log in, even when it is closed.")
+                    : tr("Corvale will remind you each time you log in, even when it is closed."));
 }
 
 void SettingsPage::setAppLock(bool enabled) {

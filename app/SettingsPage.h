@@ -54,6 +54,7 @@ private:
 
     void saveReminders();
     void setAppLock(bool enabled);
+    void setRemindWhenClosed(bool on);
     void setIdleMinutes(int index);
     void showLastBackup();
     void exportBackup();
@@ -76,6 +77,7 @@ private:
     QPushButton* m_saveReminders = nullptr;
 
     QCheckBox* m_appLock = nullptr;
+    QCheckBox* m_remindClosed = nullptr;
     QComboBox* m_idle = nullptr;
     QLabel* m_privacyError = nullptr;
 

@@ -2,7 +2,9 @@
 #include "app/MainWindow.h"
 #include "platform/linux/DBusNotifier.h"
 #include "app/QtScheduler.h"
+#include "platform/Paths.h"
 #include "platform/ProcessHardening.h"
+#include "platform/ReminderTimer.h"
 #include "platform/linux/LibsecretSecretStore.h"
 #include "platform/linux/PamAuthenticator.h"
 #include "platform/linux/PosixFileSystem.h"
@@ -11,6 +13,8 @@
 
 #include <QApplication>
 #include <QInputDialog>
+
+#include <filesystem>
 
 int main(int argc, char* argv[]) {
     using namespace corvale;
@@ -38,6 +42,15 @@ int main(int argc, char* argv[]) {
                            Requirements::shared());
     DBusNotifier notifier;
     window.setNotifier(&notifier);
+    // The command line beside this program (installed) or in the build tree's cli folder.
+    const std::filesystem::path folder = QCoreApplication::applicationDirPath().toStdString();
+    for (const auto& program : {folder / "corvale", folder.parent_path() / "cli" / "corvale"}) {
+        std::error_code missing;
+        if (!std::filesystem::is_regular_file(program, missing)) continue;
+        static ReminderTimer timer(files, paths::configurationDirectory(), ReminderTimer::systemRunner());
+        window.setReminderTimer(&timer, program);
+        break;
+    }
     window.show();
     window.start();
     return QApplication::exec();

@@ -80,7 +80,7 @@ inline const Requirements& rules() {
 struct OpenVault {
     Device device;
     VaultStore store{device.setup()};
-    AppContext context{store, rules(), device.clock};
+    AppContext context{store, rules(), device.clock, nullptr, {}};
 };
 
 // Dr. Maya Chen, internist in Texas and California with a DEA registration,

@@ -1,6 +1,9 @@
 #include "AppTestSupport.h"
 #include "app/SettingsPage.h"
 #include "app/Theme.h"
+#ifndef Q_MOC_RUN
+#include "platform/ReminderTimer.h"
+#endif
 
 #include <QCheckBox>
 #include <QFile>
@@ -95,6 +98,37 @@ private slots:
         list(page, "Primary state")->setCurrentIndex(0);
         QVERIFY(press(page, "Save reminders"));
         QCOMPARE(vault.store.doc().settings.primaryState, std::nullopt);
+    }
+
+    void aSwitchRemindsWhileCorvaleIsClosed() {
+        OpenVault vault;
+        testing::fillSampleVault(vault.store);
+        std::vector<std::string> ran;
+        ReminderTimer timer(vault.device.files, "/config", [&](const std::vector<std::string>& command) {
+            ran.push_back(command.back());
+            return true;
+        });
+        {
+            SettingsPage without(vault.context);
+            QVERIFY(!named<QCheckBox>(without, "Remind when closed")->isVisibleTo(&without));
+        }
+        vault.context.reminderTimer = &timer;
+        vault.context.remindProgram = "/usr/bin/corvale";
+        SettingsPage page(vault.context);
+        QSignalSpy notified(&page, &Screen::notify);
+        auto* remind = named<QCheckBox>(page, "Remind when closed");
+        QVERIFY(remind->isVisibleTo(&page) && !remind->isChecked());
+        remind->click();
+        QCOMPARE(timer.installed(), ReminderTimer::Kind::systemd);
+        QCOMPARE(ran.back(), std::string("corvale-remind.timer"));
+        QCOMPARE(notified.last().at(0).toString(),
+                 QStringLiteral("Corvale will remind you every day at 9:00 and after you log in, even when it is closed."));
+        // The switch reads what is there when the page is shown again.
+        SettingsPage again(vault.context);
+        QVERIFY(named<QCheckBox>(again, "Remind when closed")->isChecked());
+        remind->click();
+        QCOMPARE(timer.installed(), ReminderTimer::Kind::none);
+        QCOMPARE(notified.last().at(0).toString(), QStringLiteral("Corvale reminds you only while it is open."));
     }
 
     void appLockAsksTheOwnerAndARefusalLeavesItAsItWas() {
