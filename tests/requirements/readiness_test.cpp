@@ -1,4 +1,4 @@
-#include "platform/linux/PosixFileSystem.h"
+#include "ShippedRules.h"
 #include "requirements/Readiness.h"
 #include "requirements/Requirements.h"
 
@@ -7,15 +7,7 @@
 namespace corvale {
 namespace {
 
-// The state data delivered with the program, as boards publish it.
-const RequirementsFile& shipped() {
-    static const Requirements requirements = [] {
-        PosixFileSystem files;
-        return Requirements::load(files, {CORVALE_RESOURCES_DIR});
-    }();
-    EXPECT_TRUE(requirements.file());
-    return *requirements.file();
-}
+const RequirementsFile& shipped() { return testing::shippedRules(); }
 
 const Day kToday{2026, 11, 22};
 

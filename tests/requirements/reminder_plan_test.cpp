@@ -1,4 +1,4 @@
-#include "platform/linux/PosixFileSystem.h"
+#include "ShippedRules.h"
 #include "requirements/Readiness.h"
 #include "requirements/ReminderPlan.h"
 #include "requirements/Requirements.h"
@@ -8,14 +8,7 @@
 namespace corvale {
 namespace {
 
-const RequirementsFile& shipped() {
-    static const Requirements requirements = [] {
-        PosixFileSystem files;
-        return Requirements::load(files, {CORVALE_RESOURCES_DIR});
-    }();
-    EXPECT_TRUE(requirements.file());
-    return *requirements.file();
-}
+const RequirementsFile& shipped() { return testing::shippedRules(); }
 
 struct Vault {
     VaultDocument document;
