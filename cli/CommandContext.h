@@ -118,6 +118,8 @@ int runSnooze(Session& session, const std::string& credentialId, const std::opti
 // Marks a credential kind as not applicable to this vault (no reminders), or applicable again.
 int runNotApplicable(Session& session, const std::string& kind, bool applies);
 int runProgress(Session& session, const ProgressOptions& options, bool json);
+// Writes the renewals as an iCalendar file and prints its path.
+int runCalendar(Session& session, const ProgressOptions& options, const std::filesystem::path& destination);
 
 int runRules(Session& session, const RulesOptions& options, bool json);
 int runFees(Session& session, const std::vector<std::string>& states, bool json);

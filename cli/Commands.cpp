@@ -407,6 +407,15 @@ int runCommandLine(std::vector<std::string> args, std::istream& in, std::ostream
         action = [&] { return runProgress(session, progress, json); };
     });
 
+    std::string calendarOut;
+    auto* calendar = app.add_subcommand("calendar", "Write the renewals as a calendar file (.ics) to import or subscribe to");
+    calendar->add_option("--out", calendarOut, "The file to write")->required();
+    calendar->add_option("--person", progressPerson, "Only this person's records (their id)");
+    calendar->callback([&] {
+        progress.person = given(calendar->get_option("--person"), progressPerson);
+        action = [&] { return runCalendar(session, progress, calendarOut); };
+    });
+
     RemindOptions remind;
     std::string remindAsOf;
     auto* remindCommand =

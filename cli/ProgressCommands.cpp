@@ -7,6 +7,8 @@
 #include "requirements/CredentialRenewal.h"
 #include "requirements/Hours.h"
 #include "requirements/NumberWord.h"
+#include "requirements/CalendarExport.h"
+#include "requirements/CalendarExport.h"
 #include "requirements/Readiness.h"
 #include "requirements/ReadinessJSON.h"
 #include "requirements/USState.h"
@@ -271,6 +273,18 @@ int runProgress(Session& session, const ProgressOptions& options, bool json) {
         if (const auto caveat = progress.caveat()) out << "  Caveat: " << *caveat << '\n';
         out << '\n';
     }
+    return kSucceeded;
+}
+
+int runCalendar(Session& session, const ProgressOptions& options, const std::filesystem::path& destination) {
+    VaultStore store(session.setup);
+    int code = kSucceeded;
+    const auto view = openView(session, store, options, code);
+    if (!view) return code;
+    const std::string calendar = calendarOf(view->readiness, store.doc().settings, session.now());
+    if (auto written = session.setup.files.replaceFileAtomically(destination, asBytes(calendar)); !written)
+        return session.failed(VaultError::storage(written.error()));
+    session.out << destination.string() << '\n';
     return kSucceeded;
 }
 

@@ -20,19 +20,6 @@ std::string daysAway(int days) {
     return "in " + std::to_string(days) + " days";
 }
 
-// Lead days worth reminding at, largest first: positive and without repeats.
-std::vector<int> leadsFor(const Credential& credential, const VaultSettings& settings) {
-    std::vector<int> leads;
-    if (credential.reminderLeadDays && *credential.reminderLeadDays > 0)
-        leads.push_back(*credential.reminderLeadDays);
-    else
-        for (const int days : settings.reminderDays)
-            if (days > 0) leads.push_back(days);
-    std::sort(leads.begin(), leads.end(), std::greater<>());
-    leads.erase(std::unique(leads.begin(), leads.end()), leads.end());
-    return leads;
-}
-
 // The latest of the lead days already reached before `end`: the one worth saying.
 // The earlier ones reached on the way are settled with it, so a missed 90-day
 // reminder does not follow a 30-day one.
@@ -61,6 +48,18 @@ bool isSnoozed(const VaultSettings& settings, const Credential& credential, cons
 }
 
 }  // namespace
+
+std::vector<int> reminderLeadDays(const Credential& credential, const VaultSettings& settings) {
+    std::vector<int> leads;
+    if (credential.reminderLeadDays && *credential.reminderLeadDays > 0)
+        leads.push_back(*credential.reminderLeadDays);
+    else
+        for (const int days : settings.reminderDays)
+            if (days > 0) leads.push_back(days);
+    std::sort(leads.begin(), leads.end(), std::greater<>());
+    leads.erase(std::unique(leads.begin(), leads.end()), leads.end());
+    return leads;
+}
 
 std::vector<Reminder> ReminderPlan::due(const Readiness& readiness, const VaultSettings& settings, const Day& today,
                                         const std::set<std::string, std::less<>>& shown) {
@@ -96,7 +95,7 @@ std::vector<Reminder> ReminderPlan::due(const Readiness& readiness, const VaultS
             const int days = today.daysTo(expiry);
             const bool filed = isRenewalFiled(credential);
             if (!filed) {
-                auto lead = reached("expiry:" + credential.id, expiry, leadsFor(credential, settings), today);
+                auto lead = reached("expiry:" + credential.id, expiry, reminderLeadDays(credential, settings), today);
                 if (lead.day) {
                     std::string line = "Expires on " + expiry.formatted() + " (" + daysAway(days) + ").";
                     if (days <= kUnfiledNoticeDays) line += " Its renewal isn't filed yet.";
@@ -115,7 +114,7 @@ std::vector<Reminder> ReminderPlan::due(const Readiness& readiness, const VaultS
             const StateProgress& progress = *found->second;
             const double missing = progress.missingHours();
             if (missing > kHourTolerance) {
-                auto lead = reached("cycle:" + credential.id, progress.cycleEnd, leadsFor(credential, settings), today);
+                auto lead = reached("cycle:" + credential.id, progress.cycleEnd, reminderLeadDays(credential, settings), today);
                 if (lead.day) {
                     const std::string state = USState::nameOf(credential.state.value_or(""));
                     carry(std::move(lead.keys), *lead.day,

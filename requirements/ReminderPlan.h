@@ -6,6 +6,7 @@
 // and one missed while the computer was off goes out at the next chance, with
 // its true dates. Snoozed credentials and kinds marked not applicable are left out.
 
+#include "records/Credential.h"
 #include "records/Day.h"
 #include "records/VaultSettings.h"
 
@@ -25,6 +26,10 @@ struct Reminder {
     std::vector<std::string> keys;   // every occasion it settles, to be remembered as shown
     Day due;                         // the earliest day among what it carries
 };
+
+// The days before an expiry to remind at, largest first: the credential's own
+// lead time when it has one, else the vault's reminder days.
+std::vector<int> reminderLeadDays(const Credential& credential, const VaultSettings& settings);
 
 struct ReminderPlan {
     // Every reminder due on `today` whose occasions are not all in `shown`,

@@ -11,7 +11,7 @@ packages=(
   libsimdjson-dev libcli11-dev libdeflate-dev libpam0g-dev
   gnome-keyring dbus libsecret-tools procps
   qt6-base-dev qt6-base-dev-tools libgl-dev xvfb xauth
-  dunst python3
+  dunst python3 python3-icalendar
 )
 
 missing=()
