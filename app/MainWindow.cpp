@@ -330,14 +330,27 @@ void MainWindow::setReminderTimer(ReminderTimer* timer, const std::filesystem::p
 
 void MainWindow::remindIfNewDay() {
     if (!m_notifier || m_store->phase() != VaultPhase::ready) return;
+    const auto now = m_clock.now();
     const Day today = m_context->today();
+    Prefs& prefs = m_store->prefs();
+    const WeeklyReview review{prefs.flag(Prefs::kWeeklyReview),
+                              prefs.integer(Prefs::kWeeklyReviewWeekday, Prefs::kDefaultWeeklyReviewWeekday),
+                              prefs.integer(Prefs::kWeeklyReviewHour, Prefs::kDefaultWeeklyReviewHour)};
+    // The day's reminders once a day; the weekly review at its hour, which a later check may reach.
     const QString day = text(today.toString());
-    if (day == m_remindedOn) return;
+    const int hour = ReminderPlan::localHour(now);
+    if (day == m_remindedOn && !(review.on && ReminderPlan::isWeeklyReviewTime(review.weekday, review.hour, today, hour)))
+        return;
     const auto& rules = m_requirements.file();
     const auto readiness = Readiness::compute(m_store->doc(), rules ? &*rules : nullptr, today);
-    Prefs& prefs = m_store->prefs();
     const auto shown = prefs.textSet(Prefs::kRemindersShown);
-    const auto due = ReminderPlan::due(readiness, m_store->doc().settings, today, shown);
+    auto due = day == m_remindedOn ? std::vector<Reminder>{}
+                                   : ReminderPlan::due(readiness, m_store->doc().settings, today, shown);
+    due = ReminderPlan::withWeeklyReview(std::move(due), readiness, review, today, hour, shown);
+    if (due.empty()) {
+        m_remindedOn = day;
+        return;
+    }
     // With app lock on, anyone at the screen can read a notification: it says only that something is due.
     const auto sending = sendReminders(*m_notifier, due, prefs.flag(Prefs::kAppLock));
     (void)prefs.setTextSet(Prefs::kRemindersShown, remember(shown, sending, today));

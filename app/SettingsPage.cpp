@@ -25,7 +25,9 @@
 #include <QLineEdit>
 #include <QPushButton>
 #include <QRegularExpression>
+#include <QLocale>
 #include <QScopedValueRollback>
+#include <QTime>
 #include <QScrollArea>
 #include <QShortcut>
 #include <QSignalBlocker>
@@ -206,10 +208,46 @@ QFrame* SettingsPage::buildReminders(QWidget* content) {
 
     m_remindClosed = new QCheckBox(tr("Remind me on the desktop even when Corvale is closed"), frame);
     m_remindClosed->setAccessibleName(tr("Remind when closed"));
-    m_remindClosed->setToolTip(tr("Every day at 9:00 and after you log in, as a systemd user timer; at each login "
-                                  "where the desktop has none"));
+    m_remindClosed->setToolTip(tr("Checked every hour from 8:00 to 22:00 and after you log in, by a systemd user "
+                                  "timer; at each login where the desktop has none"));
     form->addRow(QString(), m_remindClosed);
     connect(m_remindClosed, &QCheckBox::toggled, this, &SettingsPage::setRemindWhenClosed);
+
+    // The weekly review: one notification summing up the week ahead, off until turned on.
+    m_weekly = new QCheckBox(tr("Sum up the week ahead every"), frame);
+    m_weekly->setAccessibleName(tr("Weekly review"));
+    m_weekday = new QComboBox(frame);
+    m_weekday->setAccessibleName(tr("Weekly review day"));
+    const QLocale locale;
+    for (int weekday = 1; weekday <= 7; ++weekday)  // 1 Sunday: QLocale counts from Monday as 1
+        m_weekday->addItem(locale.dayName(weekday == 1 ? 7 : weekday - 1), weekday);
+    m_weekHour = new QComboBox(frame);
+    m_weekHour->setAccessibleName(tr("Weekly review hour"));
+    for (int hour = 0; hour < 24; ++hour)
+        m_weekHour->addItem(locale.toString(QTime(hour, 0), QLocale::ShortFormat), hour);
+    auto* weeklyRow = new QHBoxLayout;
+    weeklyRow->setSpacing(8);
+    weeklyRow->addWidget(m_weekly);
+    weeklyRow->addWidget(m_weekday);
+    auto* at = makeLabel(tr("at"), "detail", frame);
+    at->setWordWrap(false);
+    weeklyRow->addWidget(at);
+    weeklyRow->addWidget(m_weekHour);
+    weeklyRow->addStretch(1);
+    form->addRow(QString(), weeklyRow);
+    const auto saveWeekly = [this] {
+        if (m_filling) return;
+        Prefs& prefs = context().store.prefs();
+        const bool saved = prefs.setFlag(Prefs::kWeeklyReview, m_weekly->isChecked()) &&
+                           prefs.set(Prefs::kWeeklyReviewWeekday, JSONValue(m_weekday->currentData().toInt())) &&
+                           prefs.set(Prefs::kWeeklyReviewHour, JSONValue(m_weekHour->currentData().toInt()));
+        showMessage(m_remindersError, saved ? QString() : tr("The weekly review couldn't be saved."));
+        m_weekday->setEnabled(m_weekly->isChecked());
+        m_weekHour->setEnabled(m_weekly->isChecked());
+    };
+    connect(m_weekly, &QCheckBox::toggled, this, saveWeekly);
+    connect(m_weekday, &QComboBox::currentIndexChanged, this, saveWeekly);
+    connect(m_weekHour, &QComboBox::currentIndexChanged, this, saveWeekly);
 
     m_remindersError = errorLabel(tr("Reminders problem"), frame);
     m_saveReminders = new QPushButton(tr("Save reminders"), frame);
@@ -465,6 +503,14 @@ void SettingsPage::reload() {
     ReminderTimer* timer = context().reminderTimer;
     m_remindClosed->setVisible(timer != nullptr);
     m_remindClosed->setChecked(timer && timer->installed() != ReminderTimer::Kind::none);
+    const bool weekly = prefs.flag(Prefs::kWeeklyReview);
+    m_weekly->setChecked(weekly);
+    m_weekday->setCurrentIndex(std::max(
+        m_weekday->findData(prefs.integer(Prefs::kWeeklyReviewWeekday, Prefs::kDefaultWeeklyReviewWeekday)), 0));
+    m_weekHour->setCurrentIndex(
+        std::max(m_weekHour->findData(prefs.integer(Prefs::kWeeklyReviewHour, Prefs::kDefaultWeeklyReviewHour)), 0));
+    m_weekday->setEnabled(weekly);
+    m_weekHour->setEnabled(weekly);
 
     const bool appLock = prefs.flag(Prefs::kAppLock);
     m_appLock->setChecked(appLock);
@@ -558,7 +604,7 @@ void SettingsPage::setRemindWhenClosed(bool on) {
         return;
     }
     emit notify(*installed == ReminderTimer::Kind::systemd
-                    ? tr("Corvale will remind you every day at 9:00 and after you log in, even when it is closed.")
+                    ? tr("Corvale will remind you from 8:00 each day and after you log in, even when it is closed.")
                     : tr("Corvale will remind you each time you log in, even when it is closed."));
 }
 

@@ -78,6 +78,9 @@ private:
 
     QCheckBox* m_appLock = nullptr;
     QCheckBox* m_remindClosed = nullptr;
+    QCheckBox* m_weekly = nullptr;
+    QComboBox* m_weekday = nullptr;
+    QComboBox* m_weekHour = nullptr;
     QComboBox* m_idle = nullptr;
     QLabel* m_privacyError = nullptr;
 

@@ -35,7 +35,13 @@ int runRemind(Session& session, const RemindOptions& options) {
     auto shown = store.prefs().textSet(Prefs::kRemindersShown);
     const RequirementsFile* rules = session.requirements.file() ? &*session.requirements.file() : nullptr;
     const auto readiness = Readiness::compute(store.doc(), rules, today);
-    const auto due = ReminderPlan::due(readiness, store.doc().settings, today, shown);
+    const Prefs& prefs = store.prefs();
+    const WeeklyReview review{prefs.flag(Prefs::kWeeklyReview),
+                              prefs.integer(Prefs::kWeeklyReviewWeekday, Prefs::kDefaultWeeklyReviewWeekday),
+                              prefs.integer(Prefs::kWeeklyReviewHour, Prefs::kDefaultWeeklyReviewHour)};
+    const auto due = ReminderPlan::withWeeklyReview(ReminderPlan::due(readiness, store.doc().settings, today, shown),
+                                                    readiness, review, today,
+                                                    ReminderPlan::localHour(session.setup.clock.now()), shown);
     if (due.empty()) {
         session.out << "Nothing to remind of on " << today.formatted() << ".\n";
         return kSucceeded;

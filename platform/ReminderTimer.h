@@ -1,6 +1,6 @@
 #pragma once
 // Runs `corvale remind` while the window is closed: a systemd user timer,
-// daily and at login, catching up on a day the computer was off; where no
+// hourly through the day and at login, catching up on a missed run; where no
 // systemd user session answers, an XDG autostart entry that reminds at login.
 
 #include "platform/FileSystem.h"

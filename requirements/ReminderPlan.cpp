@@ -6,6 +6,7 @@
 #include "requirements/USState.h"
 
 #include <algorithm>
+#include <ctime>
 #include <map>
 
 namespace corvale {
@@ -128,6 +129,65 @@ std::vector<Reminder> ReminderPlan::due(const Readiness& readiness, const VaultS
     std::stable_sort(reminders.begin(), reminders.end(),
                      [](const Reminder& a, const Reminder& b) { return a.due < b.due; });
     return reminders;
+}
+
+Reminder ReminderPlan::weekAhead(const Readiness& readiness, const Day& today) {
+    constexpr int kWeek = 7;
+    Reminder review;
+    review.title = "The week ahead";
+    review.due = today;
+    review.keys = {"weekly:" + today.toString()};
+    const auto credentials = readiness.input.active();
+    const auto titles = distinctTitles(credentials);
+    int expired = 0;
+    for (std::size_t i = 0; i < credentials.size(); ++i) {
+        const Credential& credential = *credentials[i];
+        if (!credential.expiresOn) continue;
+        const int days = today.daysTo(*credential.expiresOn);
+        if (days < 0) {
+            ++expired;
+            continue;
+        }
+        if (days >= kWeek) continue;
+        std::string line = titles[i];
+        if (const auto who = readiness.input.who(credential)) line += " for " + *who;
+        review.lines.push_back(line + " expires " + daysAway(days) + ", " + credential.expiresOn->formatted() + ".");
+    }
+    for (const auto& progress : readiness.progress) {
+        const int days = today.daysTo(progress.cycleEnd);
+        if (days < 0 || days >= kWeek || progress.missingHours() <= kHourTolerance) continue;
+        std::string line = hoursText(progress.missingHours(), HoursRounding::up) + " " + progress.unit() + " to earn for " +
+                           USState::nameOf(progress.license.state.value_or(""));
+        if (const auto who = readiness.input.who(progress.license)) line += " (" + *who + ")";
+        review.lines.push_back(line + " before " + progress.cycleEnd.formatted() + ".");
+    }
+    if (expired == 1) review.lines.push_back("One credential has expired and needs renewing.");
+    if (expired > 1) review.lines.push_back(std::to_string(expired) + " credentials have expired and need renewing.");
+    if (review.lines.empty()) review.lines.push_back("Nothing is due in the week ahead.");
+    return review;
+}
+
+bool ReminderPlan::isWeeklyReviewTime(int weekday, int hour, const Day& today, int hourNow) {
+    const std::chrono::weekday day{std::chrono::sys_days{std::chrono::year{today.year} /
+                                                         std::chrono::month{static_cast<unsigned>(today.month)} /
+                                                         std::chrono::day{static_cast<unsigned>(today.day)}}};
+    return static_cast<int>(day.c_encoding()) + 1 == weekday && hourNow >= hour;
+}
+
+std::vector<Reminder> ReminderPlan::withWeeklyReview(std::vector<Reminder> due, const Readiness& readiness,
+                                                    const WeeklyReview& review, const Day& today, int hourNow,
+                                                    const std::set<std::string, std::less<>>& shown) {
+    if (!review.on || !isWeeklyReviewTime(review.weekday, review.hour, today, hourNow)) return due;
+    Reminder week = weekAhead(readiness, today);
+    if (!shown.contains(week.keys.front())) due.push_back(std::move(week));
+    return due;
+}
+
+int ReminderPlan::localHour(std::chrono::system_clock::time_point time) {
+    const std::time_t seconds = std::chrono::system_clock::to_time_t(time);
+    std::tm parts{};
+    localtime_r(&seconds, &parts);
+    return parts.tm_hour;
 }
 
 bool ReminderPlan::isStale(const std::string& key, const Day& today) {

@@ -10,6 +10,7 @@
 #include "records/Day.h"
 #include "records/VaultSettings.h"
 
+#include <chrono>
 #include <set>
 #include <string>
 #include <vector>
@@ -31,11 +32,31 @@ struct Reminder {
 // lead time when it has one, else the vault's reminder days.
 std::vector<int> reminderLeadDays(const Credential& credential, const VaultSettings& settings);
 
+// When the user wants the week ahead summed up.
+struct WeeklyReview {
+    bool on = false;
+    int weekday = 2;  // 1 Sunday to 7 Saturday
+    int hour = 8;
+};
+
 struct ReminderPlan {
     // Every reminder due on `today` whose occasions are not all in `shown`,
     // the earliest first. `readiness` must be of the whole vault.
     static std::vector<Reminder> due(const Readiness& readiness, const VaultSettings& settings, const Day& today,
                                      const std::set<std::string, std::less<>>& shown);
+
+    // `due` with the week ahead added when the review is on, it is time, and it hasn't gone out today.
+    static std::vector<Reminder> withWeeklyReview(std::vector<Reminder> due, const Readiness& readiness,
+                                                  const WeeklyReview& review, const Day& today, int hourNow,
+                                                  const std::set<std::string, std::less<>>& shown);
+    // The weekly review: one reminder summing up the seven days from `today`
+    // (what expires, what has expired, cycles ending with hours missing).
+    static Reminder weekAhead(const Readiness& readiness, const Day& today);
+    // Whether the weekly review is due at this day and hour: on `weekday`
+    // (1 Sunday to 7 Saturday) from `hour` on.
+    static bool isWeeklyReviewTime(int weekday, int hour, const Day& today, int hourNow);
+    // The hour of `time` here, 0 to 23.
+    static int localHour(std::chrono::system_clock::time_point time);
 
     // Occasion keys end with the day they were for; keys older than a year
     // are of no use and can be dropped from what is remembered.

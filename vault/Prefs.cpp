@@ -56,6 +56,13 @@ Result<void, VaultError> Prefs::set(std::string_view key, JSONValue value) {
     return save();
 }
 
+int Prefs::integer(std::string_view key, int fallback) const {
+    const JSONValue* found = value(key);
+    if (!found || !found->isNumber()) return fallback;
+    const double number = found->asNumber();
+    return number == static_cast<double>(static_cast<int>(number)) ? static_cast<int>(number) : fallback;
+}
+
 std::set<std::string, std::less<>> Prefs::textSet(std::string_view key) const {
     std::set<std::string, std::less<>> texts;
     if (const JSONValue* list = value(key); list && list->isArray())

@@ -26,6 +26,12 @@ public:
     static constexpr int kDefaultIdleLockMinutes = 15;
     // The reminder occasions already put on the desktop, so each goes out once.
     static constexpr std::string_view kRemindersShown = "remindersShown";
+    // The weekly review: off until turned on; its weekday (1 Sunday to 7 Saturday) and hour.
+    static constexpr std::string_view kWeeklyReview = "weeklyReview";
+    static constexpr std::string_view kWeeklyReviewWeekday = "weeklyReviewWeekday";
+    static constexpr std::string_view kWeeklyReviewHour = "weeklyReviewHour";
+    static constexpr int kDefaultWeeklyReviewWeekday = 2;  // Monday
+    static constexpr int kDefaultWeeklyReviewHour = 8;
 
     Prefs(FileSystem& files, std::filesystem::path file);
     static std::filesystem::path defaultFile();  // <configuration>/Corvale/prefs.json
@@ -36,6 +42,8 @@ public:
     bool flag(std::string_view key) const;
     std::optional<Timestamp> timestamp(std::string_view key) const;
     const JSONValue* value(std::string_view key) const;
+    // A whole number, or `fallback` when the key is missing or holds something else.
+    int integer(std::string_view key, int fallback) const;
     // A list of texts kept as a set; other entries in it are skipped.
     std::set<std::string, std::less<>> textSet(std::string_view key) const;
     // kDefaultIdleLockMinutes until the user picks; 0 means never.

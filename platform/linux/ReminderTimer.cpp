@@ -42,9 +42,10 @@ Result<ReminderTimer::Kind, FileError> ReminderTimer::install(const std::filesys
     const std::string unit(kUnitName);
     const std::string service = "[Unit]\nDescription=Corvale reminders\n\n[Service]\nType=oneshot\nExecStart=" +
                                 quoted(program) + " remind\n";
-    // Daily, and soon after login; Persistent catches up on a day the computer was off.
+    // Each hour of the day, so the weekly review keeps its hour, and soon after login;
+    // Persistent catches up on a run the computer was off for. Each reminder still goes out once.
     const std::string timer =
-        "[Unit]\nDescription=Corvale reminders, every day\n\n[Timer]\nOnCalendar=*-*-* 09:00:00\n"
+        "[Unit]\nDescription=Corvale reminders\n\n[Timer]\nOnCalendar=*-*-* 08..22:00:00\n"
         "OnStartupSec=2min\nPersistent=true\n\n[Install]\nWantedBy=timers.target\n";
     if (auto made = m_files.createDirectories(unitFolder()); !made) return fail(made.error());
     if (auto written = m_files.replaceFileAtomically(unitFolder() / (unit + ".service"), asBytes(service)); !written)

@@ -6,6 +6,7 @@
 #endif
 
 #include <QCheckBox>
+#include <QComboBox>
 #include <QFile>
 #include <QLabel>
 #include <QScrollArea>
@@ -122,13 +123,28 @@ private slots:
         QCOMPARE(timer.installed(), ReminderTimer::Kind::systemd);
         QCOMPARE(ran.back(), std::string("corvale-remind.timer"));
         QCOMPARE(notified.last().at(0).toString(),
-                 QStringLiteral("Corvale will remind you every day at 9:00 and after you log in, even when it is closed."));
+                 QStringLiteral("Corvale will remind you from 8:00 each day and after you log in, even when it is closed."));
         // The switch reads what is there when the page is shown again.
         SettingsPage again(vault.context);
         QVERIFY(named<QCheckBox>(again, "Remind when closed")->isChecked());
         remind->click();
         QCOMPARE(timer.installed(), ReminderTimer::Kind::none);
         QCOMPARE(notified.last().at(0).toString(), QStringLiteral("Corvale reminds you only while it is open."));
+
+        // The weekly review: off until turned on, its day and hour kept as chosen.
+        auto* day = named<QComboBox>(page, "Weekly review day");
+        QVERIFY(!named<QCheckBox>(page, "Weekly review")->isChecked() && !day->isEnabled());
+        named<QCheckBox>(page, "Weekly review")->click();
+        QVERIFY(day->isEnabled());
+        day->setCurrentIndex(day->findData(6));  // Friday
+        named<QComboBox>(page, "Weekly review hour")->setCurrentIndex(17);
+        const Prefs& prefs = vault.store.prefs();
+        QVERIFY(prefs.flag(Prefs::kWeeklyReview));
+        QCOMPARE(prefs.integer(Prefs::kWeeklyReviewWeekday, 0), 6);
+        QCOMPARE(prefs.integer(Prefs::kWeeklyReviewHour, 0), 17);
+        SettingsPage later(vault.context);
+        QCOMPARE(named<QComboBox>(later, "Weekly review day")->currentData().toInt(), 6);
+        QCOMPARE(named<QComboBox>(later, "Weekly review hour")->currentData().toInt(), 17);
     }
 
     void appLockAsksTheOwnerAndARefusalLeavesItAsItWas() {

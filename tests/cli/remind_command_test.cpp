@@ -75,6 +75,24 @@ TEST_F(RemindCommandTest, SnoozedAndNotApplicableCredentialsWait) {
     EXPECT_EQ(device.run({"snooze", bls}).code, 2);
 }
 
+TEST_F(RemindCommandTest, TheWeeklyReviewGoesOutOnItsDayFromItsHourOnce) {
+    {
+        Prefs prefs(files, device.setup().prefsFile);
+        prefs.load();
+        ASSERT_TRUE(prefs.setFlag(Prefs::kWeeklyReview, true));
+        ASSERT_TRUE(prefs.set(Prefs::kWeeklyReviewWeekday, JSONValue(2)));  // Monday
+        ASSERT_TRUE(prefs.set(Prefs::kWeeklyReviewHour, JSONValue(9)));    // the clock reads 11:06
+    }
+    EXPECT_TRUE(device.run({"remind", "--as-of", "2026-11-24"}).out.starts_with("Nothing"));  // a Tuesday
+    EXPECT_EQ(device.run({"remind", "--as-of", "2026-11-23"}).out, "Sent: The week ahead\n  Nothing is due in the week ahead.\n");
+    EXPECT_TRUE(device.run({"remind", "--as-of", "2026-11-23"}).out.starts_with("Nothing"));
+    // The next Monday, with the BLS card within 90 days, both go out.
+    auto both = device.run({"remind", "--as-of", "2027-03-29"});
+    EXPECT_NE(both.out.find("Sent: BLS card\n"), std::string::npos) << both.out;
+    EXPECT_NE(both.out.find("Sent: The week ahead\n  BLS card expires in 2 days, March 31, 2027.\n"), std::string::npos)
+        << both.out;
+}
+
 TEST_F(RemindCommandTest, WithAppLockOnItSaysOnlyThatSomethingNeedsAttention) {
     {
         VaultStore store(device.setup());

@@ -35,7 +35,7 @@ TEST(ReminderTimer, AUserTimerWhereSystemdAnswersAndALoginEntryWhereItDoesNot) {
               "[Unit]\nDescription=Corvale reminders\n\n[Service]\nType=oneshot\n"
               "ExecStart=\"/opt/My Apps/corvale\" remind\n");
     const std::string timer = desktop.read(kUnits / "corvale-remind.timer");
-    for (const char* line : {"OnCalendar=*-*-* 09:00:00\n", "Persistent=true\n", "WantedBy=timers.target\n"})
+    for (const char* line : {"OnCalendar=*-*-* 08..22:00:00\n", "Persistent=true\n", "WantedBy=timers.target\n"})
         EXPECT_NE(timer.find(line), std::string::npos) << line;
     EXPECT_EQ(desktop.ran, (std::vector<std::vector<std::string>>{
                                {"systemctl", "--user", "daemon-reload"},

@@ -119,6 +119,26 @@ TEST(ReminderPlan, OneReminderPerCredentialAndWhatTheUserSetAsideStaysAside) {
     EXPECT_EQ(deaReminder->lines, std::vector<std::string>{"Expires today, March 31, 2027. The renewal is filed; enter "
                                                            "the new expiry date once it is granted."});
 
+    // The week ahead from the 25th: the DEA's filed renewal still expires, the Texas cycle ends with hours missing.
+    const auto review = ReminderPlan::weekAhead(Readiness::compute(vault.document, &shipped(), kExpiry.addingDays(-3)),
+                                                kExpiry.addingDays(-3));
+    EXPECT_EQ(review.title, "The week ahead");
+    EXPECT_EQ(review.keys, std::vector<std::string>{"weekly:2027-03-28"});
+    EXPECT_NE(std::find(review.lines.begin(), review.lines.end(),
+                        "Texas license for Sam Patel expires in 3 days, March 31, 2027."),
+              review.lines.end());
+    EXPECT_NE(std::find(review.lines.begin(), review.lines.end(),
+                        "48 CME hours to earn for Texas (Sam Patel) before March 31, 2027."),
+              review.lines.end());
+    const auto quiet = ReminderPlan::weekAhead(Readiness::compute(vault.document, &shipped(), kExpiry.addingDays(-30)),
+                                               kExpiry.addingDays(-30));
+    EXPECT_EQ(quiet.lines, std::vector<std::string>{"Nothing is due in the week ahead."});
+    // 2027-03-28 is a Sunday (1): from the hour chosen on, and not on another day.
+    EXPECT_TRUE(ReminderPlan::isWeeklyReviewTime(1, 8, Day{2027, 3, 28}, 8));
+    EXPECT_FALSE(ReminderPlan::isWeeklyReviewTime(1, 8, Day{2027, 3, 28}, 7));
+    EXPECT_FALSE(ReminderPlan::isWeeklyReviewTime(2, 8, Day{2027, 3, 28}, 12));
+    EXPECT_TRUE(ReminderPlan::isWeeklyReviewTime(7, 0, Day{2027, 3, 27}, 0));
+
     EXPECT_TRUE(ReminderPlan::isStale("expiry:x:30:2025-01-01", Day{2026, 3, 1}));
     EXPECT_FALSE(ReminderPlan::isStale("expiry:x:30:2025-06-01", Day{2026, 3, 1}));
     EXPECT_TRUE(ReminderPlan::isStale("nonsense", Day{2026, 3, 1}));
