@@ -45,7 +45,7 @@ void line(std::string& out, const std::string& content) {
 }
 
 std::string dateOf(const Day& day) {
-    char text[9];
+    char text[40];  // room for any int, so the optimiser sees nothing cut short
     std::snprintf(text, sizeof text, "%04d%02d%02d", day.year, day.month, day.day);
     return text;
 }
@@ -55,7 +55,7 @@ std::string stampOf(const Timestamp& stamp) {
     const auto days = std::chrono::floor<std::chrono::days>(seconds);
     const std::chrono::year_month_day date(days);
     const std::chrono::hh_mm_ss clock(seconds - days);
-    char text[17];
+    char text[96];  // room for any values, so the optimiser sees nothing cut short
     std::snprintf(text, sizeof text, "%04d%02u%02uT%02ld%02ld%02ldZ", static_cast<int>(date.year()),
                   static_cast<unsigned>(date.month()), static_cast<unsigned>(date.day()),
                   static_cast<long>(clock.hours().count()), static_cast<long>(clock.minutes().count()),
