@@ -52,7 +52,8 @@ std::vector<std::string> distinctTitles(std::span<const Credential* const> crede
         key += titles[i];
         groups[std::move(key)].push_back(i);
     }
-    for (const auto& [key, alike] : groups) {
+    for (const auto& group : groups) {
+        const std::vector<std::size_t>& alike = group.second;  // a lambda below can't capture a structured binding
         if (alike.size() < 2) continue;
         const auto differ = [&](auto field) {
             return std::any_of(alike.begin(), alike.end(), [&](std::size_t k) {
