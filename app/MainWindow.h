@@ -2,6 +2,8 @@
 // The window: onboarding, the lock screen or the screens, as the store's
 // phase says. Everything it shows comes from the one VaultStore it owns.
 
+#include "app/CalendarFile.h"
+
 #include <QWidget>
 
 #include <chrono>
@@ -147,6 +149,7 @@ private:
     Notifier* m_notifier = nullptr;
     QString m_remindedOn;  // the day reminders last went out, as YYYY-MM-DD
     QTimer* m_reminderTimer = nullptr;
+    CalendarFile m_calendarFile;
     bool m_draftDropped = false;  // said once the vault is open again
     bool m_startFailed = false;
     // The vault file could not be read at start; a restore replaces it once the backup checks out.

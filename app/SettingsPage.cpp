@@ -1,5 +1,8 @@
 #include "app/SettingsPage.h"
 
+#include "app/CalendarFile.h"
+#include "requirements/Requirements.h"
+
 #include "platform/ReminderTimer.h"
 
 #include "app/AppContext.h"
@@ -235,6 +238,25 @@ QFrame* SettingsPage::buildReminders(QWidget* content) {
     weeklyRow->addWidget(m_weekHour);
     weeklyRow->addStretch(1);
     form->addRow(QString(), weeklyRow);
+
+    // The renewals as a calendar file, once or kept up to date for a calendar app to subscribe to.
+    auto* saveCalendar = new QPushButton(tr("Save calendar…"), frame);
+    saveCalendar->setToolTip(tr("Every expiry and cycle end as events, with alarms at the reminder days"));
+    m_keepCalendar = new QCheckBox(tr("Keep it up to date after every change"), frame);
+    m_keepCalendar->setAccessibleName(tr("Keep calendar up to date"));
+    auto* calendarRow = new QHBoxLayout;
+    calendarRow->setSpacing(12);
+    calendarRow->addWidget(saveCalendar);
+    calendarRow->addWidget(m_keepCalendar);
+    calendarRow->addStretch(1);
+    form->addRow(tr("Calendar"), calendarRow);
+    connect(saveCalendar, &QPushButton::clicked, this, &SettingsPage::saveCalendar);
+    connect(m_keepCalendar, &QCheckBox::toggled, this, [this](bool keep) {
+        if (m_filling) return;
+        const auto saved = context().store.prefs().set(
+            Prefs::kCalendarFile, keep ? JSONValue(m_calendarPath.toStdString()) : JSONValue());
+        showMessage(m_remindersError, saved ? QString() : text(saved.error().message()));
+    });
     const auto saveWeekly = [this] {
         if (m_filling) return;
         Prefs& prefs = context().store.prefs();
@@ -511,6 +533,10 @@ void SettingsPage::reload() {
         std::max(m_weekHour->findData(prefs.integer(Prefs::kWeeklyReviewHour, Prefs::kDefaultWeeklyReviewHour)), 0));
     m_weekday->setEnabled(weekly);
     m_weekHour->setEnabled(weekly);
+    const JSONValue* kept = prefs.value(Prefs::kCalendarFile);
+    if (kept && kept->isString()) m_calendarPath = text(kept->asString());
+    m_keepCalendar->setChecked(kept && kept->isString());
+    m_keepCalendar->setEnabled(!m_calendarPath.isEmpty());
 
     const bool appLock = prefs.flag(Prefs::kAppLock);
     m_appLock->setChecked(appLock);
@@ -581,6 +607,23 @@ void SettingsPage::saveReminders() {
     m_saveReminders->setEnabled(false);
     emit recordsChanged();
     emit notify(tr("Reminders saved."));
+}
+
+void SettingsPage::saveCalendar() {
+    const QString chosen = chooseFile(true, tr("Save calendar"), QStringLiteral("Corvale renewals.ics"),
+                                      tr("Calendars (*.ics)"));
+    if (chosen.isEmpty()) return;
+    const auto& rules = context().requirements.file();
+    QString problem;
+    if (!CalendarFile::write(chosen, context().doc(), rules ? &*rules : nullptr, context().today(), problem)) {
+        showMessage(m_remindersError, problem);
+        return;
+    }
+    m_calendarPath = chosen;
+    m_keepCalendar->setEnabled(true);
+    // A file already kept up to date follows the one just saved.
+    if (m_keepCalendar->isChecked()) (void)context().store.prefs().set(Prefs::kCalendarFile, JSONValue(chosen.toStdString()));
+    emit notify(tr("Calendar saved as %1.").arg(QFileInfo(chosen).fileName()));
 }
 
 void SettingsPage::setRemindWhenClosed(bool on) {

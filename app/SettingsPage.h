@@ -55,6 +55,7 @@ private:
     void saveReminders();
     void setAppLock(bool enabled);
     void setRemindWhenClosed(bool on);
+    void saveCalendar();
     void setIdleMinutes(int index);
     void showLastBackup();
     void exportBackup();
@@ -81,6 +82,8 @@ private:
     QCheckBox* m_weekly = nullptr;
     QComboBox* m_weekday = nullptr;
     QComboBox* m_weekHour = nullptr;
+    QCheckBox* m_keepCalendar = nullptr;
+    QString m_calendarPath;  // the calendar file last saved or kept
     QComboBox* m_idle = nullptr;
     QLabel* m_privacyError = nullptr;
 

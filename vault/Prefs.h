@@ -32,6 +32,8 @@ public:
     static constexpr std::string_view kWeeklyReviewHour = "weeklyReviewHour";
     static constexpr int kDefaultWeeklyReviewWeekday = 2;  // Monday
     static constexpr int kDefaultWeeklyReviewHour = 8;
+    // A calendar file kept up to date after every change; absent or null when none is.
+    static constexpr std::string_view kCalendarFile = "calendarFile";
 
     Prefs(FileSystem& files, std::filesystem::path file);
     static std::filesystem::path defaultFile();  // <configuration>/Corvale/prefs.json

@@ -33,6 +33,9 @@
 #include <QLabel>
 #include <QLineEdit>
 #include <QPushButton>
+#include <QDateTime>
+#include <QFile>
+#include <QFileInfo>
 #include <QTemporaryDir>
 #include <QSignalSpy>
 #include <QTest>
@@ -410,6 +413,34 @@ private slots:
         QCOMPARE(notifier.sent.back().summary, std::string("Something in Corvale needs your attention"));
         window.refresh();
         QCOMPARE(notifier.sent.size(), first + 1);
+    }
+
+    // A calendar app subscribed to the kept file sees each change, and only real ones rewrite it.
+    void aKeptCalendarFollowsEveryChange() {
+        QTemporaryDir disk;
+        const QString calendar = disk.filePath("renewals.ics");
+        Device device;
+        MainWindow window(device.setup(), rules());
+        testing::fillSampleVault(window.store());
+        QVERIFY(window.store().prefs().set(Prefs::kCalendarFile, JSONValue(calendar.toStdString())).ok());
+        window.show();
+        window.start();
+        QTRY_COMPARE(window.pageName(), QStringLiteral("today"));
+        const auto read = [&] {
+            QFile file(calendar);
+            return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
+        };
+        QVERIFY(read().contains("SUMMARY:BLS card expires\r\n"));
+        const QDateTime written = QFileInfo(calendar).lastModified();
+        QTest::qWait(20);
+        window.refresh();  // nothing changed: the file stays as it was
+        QCOMPARE(QFileInfo(calendar).lastModified(), written);
+        QVERIFY(window.store().change([](VaultDocument& doc) {
+            for (auto& credential : doc.credentials)
+                if (credential.kind == "bls") credential.expiresOn = Day{2028, 12, 31};
+        }).ok());
+        window.refresh();
+        QVERIFY(read().contains("DTSTART;VALUE=DATE:20281231\r\n"));
     }
 
     void theLockScreenSaysAWrongPasswordButNotAClosedPrompt() {

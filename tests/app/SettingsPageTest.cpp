@@ -144,6 +144,22 @@ private slots:
         QCOMPARE(prefs.integer(Prefs::kWeeklyReviewHour, 0), 17);
         SettingsPage later(vault.context);
         QCOMPARE(named<QComboBox>(later, "Weekly review day")->currentData().toInt(), 6);
+
+        // The calendar saved where the user chose, and kept there once asked.
+        QTemporaryDir disk;
+        const QString calendar = disk.filePath("renewals.ics");
+        QVERIFY(!named<QCheckBox>(later, "Keep calendar up to date")->isEnabled());
+        later.setNextFileChoice(calendar);
+        QVERIFY(press(later, "Save calendar…"));
+        QFile saved(calendar);
+        QVERIFY(saved.open(QIODevice::ReadOnly));
+        const QByteArray events = saved.readAll();
+        QVERIFY(events.startsWith("BEGIN:VCALENDAR\r\n"));
+        QVERIFY(events.contains("SUMMARY:California license expires\r\n"));
+        named<QCheckBox>(later, "Keep calendar up to date")->click();
+        QCOMPARE(prefs.value(Prefs::kCalendarFile)->asString(), calendar.toStdString());
+        named<QCheckBox>(later, "Keep calendar up to date")->click();
+        QVERIFY(prefs.value(Prefs::kCalendarFile)->isNull());
         QCOMPARE(named<QComboBox>(later, "Weekly review hour")->currentData().toInt(), 17);
     }
 
