@@ -18,8 +18,8 @@ std::string calendarText(const VaultDocument& document, const RequirementsFile* 
 }  // namespace
 
 bool CalendarFile::write(const QString& path, const VaultDocument& document, const RequirementsFile* rules,
-                         const Day& today, QString& problem) {
-    const std::string text = calendarText(document, rules, today, Timestamp::fromTimePoint(std::chrono::system_clock::now()));
+                         const Day& today, const Timestamp& stamp, QString& problem) {
+    const std::string text = calendarText(document, rules, today, stamp);
     QSaveFile file(path);
     if (!file.open(QIODevice::WriteOnly) ||
         file.write(text.data(), static_cast<qint64>(text.size())) != static_cast<qint64>(text.size()) || !file.commit()) {
@@ -30,12 +30,12 @@ bool CalendarFile::write(const QString& path, const VaultDocument& document, con
 }
 
 bool CalendarFile::refresh(const QString& path, const VaultDocument& document, const RequirementsFile* rules,
-                           const Day& today) {
+                           const Day& today, const Timestamp& stamp) {
     // The same stamp every time, so only a changed event makes the texts differ.
     std::string events = calendarText(document, rules, today, Timestamp::epoch());
     if (path == m_path && events == m_written) return true;
     QString problem;
-    if (!write(path, document, rules, today, problem)) return false;
+    if (!write(path, document, rules, today, stamp, problem)) return false;
     m_path = path;
     m_written = std::move(events);
     return true;

@@ -10,6 +10,7 @@ namespace corvale {
 struct VaultDocument;
 struct RequirementsFile;
 struct Day;
+struct Timestamp;
 }  // namespace corvale
 
 namespace corvale::app {
@@ -18,11 +19,12 @@ class CalendarFile {
 public:
     // Writes the whole vault's calendar to `path` atomically. False with `problem` said when it can't.
     static bool write(const QString& path, const VaultDocument& document, const RequirementsFile* rules,
-                      const Day& today, QString& problem);
+                      const Day& today, const Timestamp& stamp, QString& problem);
 
     // After a change: rewrites `path` only when an event changed, so a subscribed
     // calendar app isn't told of changes that aren't there.
-    bool refresh(const QString& path, const VaultDocument& document, const RequirementsFile* rules, const Day& today);
+    bool refresh(const QString& path, const VaultDocument& document, const RequirementsFile* rules, const Day& today,
+                 const Timestamp& stamp);
 
 private:
     QString m_path;

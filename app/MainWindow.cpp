@@ -397,7 +397,7 @@ void MainWindow::reloadScreens() {
     // A calendar app subscribed to the kept file sees the change too.
     if (const JSONValue* kept = m_store->prefs().value(Prefs::kCalendarFile);
         kept && kept->isString() && m_store->phase() == VaultPhase::ready)
-        (void)m_calendarFile.refresh(text(kept->asString()), m_store->doc(), file, today);
+        (void)m_calendarFile.refresh(text(kept->asString()), m_store->doc(), file, today, Timestamp::now(m_clock));
 }
 
 void MainWindow::fillPersonSwitcher(const std::vector<std::pair<QString, QString>>& entries) {

@@ -615,7 +615,8 @@ void SettingsPage::saveCalendar() {
     if (chosen.isEmpty()) return;
     const auto& rules = context().requirements.file();
     QString problem;
-    if (!CalendarFile::write(chosen, context().doc(), rules ? &*rules : nullptr, context().today(), problem)) {
+    if (!CalendarFile::write(chosen, context().doc(), rules ? &*rules : nullptr, context().today(),
+                             Timestamp::now(context().clock), problem)) {
         showMessage(m_remindersError, problem);
         return;
     }
