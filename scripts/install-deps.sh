@@ -12,6 +12,7 @@ packages=(
   gnome-keyring dbus libsecret-tools procps
   qt6-base-dev qt6-base-dev-tools libgl-dev xvfb xauth
   dunst python3 python3-icalendar
+  librsvg2-bin dpkg-dev desktop-file-utils appstream debootstrap
 )
 
 missing=()
