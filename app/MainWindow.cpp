@@ -18,6 +18,7 @@
 #include "app/TodayPage.h"
 #include "app/WheelGuard.h"
 #include "app/WindowBeacon.h"
+#include "records/RecordLink.h"
 #include "requirements/Readiness.h"
 #include "requirements/ReminderSender.h"
 #include "requirements/Requirements.h"
@@ -153,11 +154,8 @@ MainWindow::MainWindow(const VaultStoreSetup& setup, const Requirements& require
     connect(m_problem, &StartProblemPage::joinRequested, this, &MainWindow::joinInsteadOfUnreadable);
     connect(m_problem, &StartProblemPage::eraseRequested, this, &MainWindow::eraseUnreadable);
     m_beacon = new WindowBeacon(m_store->vaultDirectory(), this);
-    connect(m_beacon, &WindowBeacon::raiseRequested, this, [this] {
-        if (isMinimized()) showNormal();
-        raise();
-        activateWindow();
-    });
+    connect(m_beacon, &WindowBeacon::raiseRequested, this, &MainWindow::bringForward);
+    connect(m_beacon, &WindowBeacon::openRequested, this, &MainWindow::openLink);
     connect(m_problem, &StartProblemPage::forwardRequested, this, [this] {
         // Once the holder is in front this window has nothing to offer; if it did not answer, retrying is left.
         if (m_beacon->bringHolderForward()) {
@@ -224,6 +222,12 @@ void MainWindow::start() {
 
 void MainWindow::showStartProblem(const VaultError& error) {
     using Code = VaultError::Code;
+    // Started on a link while another window holds the vault: that window opens it, and this one has no more to do.
+    if (error.code == Code::inUse && !m_pendingLink.isEmpty() && m_beacon->openInHolder(m_pendingLink)) {
+        m_pendingLink.clear();
+        QTimer::singleShot(0, this, &QWidget::close);
+        return;
+    }
     // Only a vault file that cannot be read is worth replacing; a keyring or a
     // disk that failed once may well work on the next try.
     const bool unreadable = error.code == Code::damaged || error.code == Code::badFormat;
@@ -320,6 +324,59 @@ void MainWindow::refresh() {
     reloadScreens();
     armIdleLock();
     remindIfNewDay();
+    followPendingLink();
+}
+
+void MainWindow::bringForward() {
+    if (isMinimized()) showNormal();
+    raise();
+    activateWindow();
+}
+
+void MainWindow::openLink(const QString& link) {
+    if (!RecordLink::parse(link.toStdString())) {
+        notify(tr("Corvale can't open %1: it isn't a link to anything in the vault.").arg(link));
+        return;
+    }
+    m_pendingLink = link;
+    bringForward();
+    followPendingLink();
+}
+
+void MainWindow::followPendingLink() {
+    if (m_pendingLink.isEmpty() || m_store->phase() != VaultPhase::ready) return;
+    const auto link = RecordLink::parse(std::exchange(m_pendingLink, QString()).toStdString());
+    if (!link || link->target == RecordLink::Target::today) {
+        showScreen(QStringLiteral("today"));
+        return;
+    }
+    const VaultDocument& doc = m_store->doc();
+    const auto ownerOf = [&](const auto& records) -> std::optional<std::string> {
+        for (const auto& record : records)
+            if (record.id == link->recordId && !record.deleted) return record.personId;
+        return std::nullopt;
+    };
+    const bool credential = link->target == RecordLink::Target::credential;
+    const auto owner = credential ? ownerOf(doc.credentials) : ownerOf(doc.cme);
+    if (!owner) {
+        notify(credential ? tr("That credential is no longer in the vault.")
+                          : tr("That activity is no longer in the vault."));
+        return;
+    }
+    // Someone else's record in an office vault: the view widens to take it in.
+    const auto& scope = m_store->scopePersonId();
+    if (scope && *scope != *owner) {
+        const int everyone = m_person->findData(QString());
+        if (everyone >= 0) m_person->setCurrentIndex(everyone);
+    }
+    const QString id = text(link->recordId);
+    if (credential) {
+        showScreen(QStringLiteral("licenses"));
+        m_licenses->editCredential(id);
+    } else {
+        showScreen(QStringLiteral("cme"));
+        m_cme->editActivity(id);
+    }
 }
 
 void MainWindow::setReminderTimer(ReminderTimer* timer, const std::filesystem::path& program) {

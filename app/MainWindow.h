@@ -70,6 +70,11 @@ public:
     // "settings".
     QString pageName() const;
     void showScreen(const QString& name);
+    // Brings the window forward on a corvale:// link: Today, or a credential or
+    // activity in its editor. A link that comes while the vault is locked is
+    // followed once it is unlocked; one for a window that finds another holding
+    // the vault is handed to that window, and this one closes.
+    void openLink(const QString& link);
     // With app lock on: saves what is pending, empties the document and shows
     // the lock screen. Asked for while a long task runs, it happens when the task ends.
     bool lockIfEnabled();
@@ -119,6 +124,8 @@ private:
     void armIdleLock();
     // Once a day while the vault is open: what is due goes to the desktop.
     void remindIfNewDay();
+    void followPendingLink();
+    void bringForward();
 
     const Clock& m_clock;
     const Requirements& m_requirements;
@@ -147,6 +154,7 @@ private:
     std::vector<QString> m_screenNames;  // in sidebar order
     bool m_fillingSwitcher = false;
     Notifier* m_notifier = nullptr;
+    QString m_pendingLink;  // a corvale:// link waiting for the vault to open
     QString m_remindedOn;  // the day reminders last went out, as YYYY-MM-DD
     QTimer* m_reminderTimer = nullptr;
     CalendarFile m_calendarFile;

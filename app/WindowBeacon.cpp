@@ -62,6 +62,16 @@ bool WindowBeacon::bringHolderForward() const {
     return bus.call(call, QDBus::Block, kCallTimeoutMs).type() == QDBusMessage::ReplyMessage;
 }
 
+bool WindowBeacon::openInHolder(const QString& link) const {
+    QDBusConnection bus = QDBusConnection::sessionBus();
+    if (!bus.isConnected()) return false;
+    QDBusMessage call = QDBusMessage::createMethodCall(m_service, kObjectPath, kInterface, QStringLiteral("Open"));
+    call << link;
+    return bus.call(call, QDBus::Block, kCallTimeoutMs).type() == QDBusMessage::ReplyMessage;
+}
+
 void WindowBeacon::Raise() { emit raiseRequested(); }
+
+void WindowBeacon::Open(const QString& link) { emit openRequested(link); }
 
 }  // namespace corvale::app

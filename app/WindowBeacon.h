@@ -26,14 +26,18 @@ public:
     bool holderAnswers() const;
     // Asks the holder to come forward; true when it did.
     bool bringHolderForward() const;
+    // Asks the holder to come forward opened on a corvale:// link; true when it took it.
+    bool openInHolder(const QString& link) const;
 
     QString serviceName() const { return m_service; }
 
 public slots:
     Q_SCRIPTABLE void Raise();
+    Q_SCRIPTABLE void Open(const QString& link);
 
 signals:
     void raiseRequested();
+    void openRequested(const QString& link);
 
 private:
     QString m_service;

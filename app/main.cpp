@@ -22,6 +22,8 @@ int main(int argc, char* argv[]) {
     QApplication application(argc, argv);
     QApplication::setApplicationName(QStringLiteral("Corvale"));
     QApplication::setApplicationDisplayName(QStringLiteral("Corvale"));
+    // Matches the installed desktop entry, so the desktop gives the window its icon and name.
+    QGuiApplication::setDesktopFileName(QStringLiteral("com.corvale.Corvale"));
 
     PosixFileSystem files;
     LibsecretSecretStore secrets;
@@ -41,6 +43,7 @@ int main(int argc, char* argv[]) {
     app::MainWindow window(VaultStoreSetup::standard(files, secrets, clock, scheduler, authenticator),
                            Requirements::shared());
     DBusNotifier notifier;
+    notifier.setClickHandler([&window](const std::string& link) { window.openLink(QString::fromStdString(link)); });
     window.setNotifier(&notifier);
     // The command line beside this program (installed) or in the build tree's cli folder.
     const std::filesystem::path folder = QCoreApplication::applicationDirPath().toStdString();
@@ -51,6 +54,10 @@ int main(int argc, char* argv[]) {
         window.setReminderTimer(&timer, program);
         break;
     }
+    // A corvale:// link from a notification, a calendar event or the desktop's link handler.
+    const QStringList arguments = QApplication::arguments();
+    for (qsizetype at = 1; at < arguments.size(); ++at)
+        if (arguments[at].startsWith(QStringLiteral("corvale:"))) window.openLink(arguments[at]);
     window.show();
     window.start();
     return QApplication::exec();

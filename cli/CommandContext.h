@@ -27,6 +27,7 @@ struct Session {
     const Requirements& requirements;
     const StateFees& fees;
     Notifier& notifier;
+    LinkOpener openLink;
 
     int failed(std::string_view message) {
         err << message << '\n';
@@ -111,6 +112,7 @@ int runToday(Session& session, const ProgressOptions& options, bool json);
 struct RemindOptions {
     std::optional<Day> asOf;
     bool dryRun = false;
+    int stayMinutes = 0;  // how long to wait for a click on what was sent
 };
 int runRemind(Session& session, const RemindOptions& options);
 // Holds a credential's reminders back until `until`; without it, lets them go again.

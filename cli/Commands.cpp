@@ -2,6 +2,7 @@
 #include "records/AsciiCase.h"
 
 #include "cli/CommandContext.h"
+#include "cli/DesktopApp.h"
 #include "cli/SafeOutput.h"
 #include "platform/linux/DBusNotifier.h"
 #include "records/CredentialKind.h"
@@ -200,7 +201,8 @@ int runCommandLine(std::vector<std::string> args, std::istream& in, std::ostream
 }
 
 int runCommandLine(std::vector<std::string> args, std::istream& in, std::ostream& out, std::ostream& err,
-                   VaultStoreSetup setup, PassphrasePrompt prompt, StateData data, Notifier* notifier) {
+                   VaultStoreSetup setup, PassphrasePrompt prompt, StateData data, Notifier* notifier,
+                   LinkOpener openLink) {
     using namespace cli;
     // Everything printed passes the escaping edge, record text and error sentences alike.
     EscapingBuffer outBuffer(out);
@@ -215,7 +217,8 @@ int runCommandLine(std::vector<std::string> args, std::istream& in, std::ostream
                     std::move(prompt),
                     data.requirements ? *data.requirements : Requirements::shared(),
                     data.fees ? *data.fees : StateFees::shared(),
-                    notifier ? *notifier : desktopNotifier};
+                    notifier ? *notifier : desktopNotifier,
+                    openLink ? std::move(openLink) : LinkOpener(startDesktopApp)};
 
     CLI::App app("Corvale: licences, CME and documents in an encrypted vault on this machine.", "corvale");
     app.require_subcommand(1);
@@ -422,6 +425,10 @@ int runCommandLine(std::vector<std::string> args, std::istream& in, std::ostream
         app.add_subcommand("remind", "Put what is due today on the desktop, each reminder once, and print it");
     remindCommand->add_option("--as-of", remindAsOf, "Remind as on this day")->check(dayValidator());
     remindCommand->add_flag("--dry-run", remind.dryRun, "Print what is due without sending or remembering it");
+    remindCommand
+        ->add_option("--stay", remind.stayMinutes,
+                     "Stay up to this many minutes to open Corvale on a reminder when it is clicked")
+        ->check(CLI::Range(0, 24 * 60));
     remindCommand->callback([&] {
         remind.asOf = givenDay(remindCommand->get_option("--as-of"), remindAsOf);
         action = [&] { return runRemind(session, remind); };

@@ -36,6 +36,8 @@ struct StateData {
 
 // Where reminders go; the desktop's notification service unless a caller gives another.
 class Notifier;
+// Opens the app on a corvale:// link; the desktop app beside this program unless a caller gives another.
+using LinkOpener = std::function<void(const std::string& link)>;
 
 // `args` leaves out the program name. Returns 0 on success, 1 when the vault
 // refuses (its message on `err`), 2 for a usage error.
@@ -43,6 +45,6 @@ int runCommandLine(std::vector<std::string> args, std::istream& in, std::ostream
                    VaultStoreSetup setup);
 int runCommandLine(std::vector<std::string> args, std::istream& in, std::ostream& out, std::ostream& err,
                    VaultStoreSetup setup, PassphrasePrompt prompt, StateData data = {},
-                   Notifier* notifier = nullptr);
+                   Notifier* notifier = nullptr, LinkOpener openLink = {});
 
 }  // namespace corvale

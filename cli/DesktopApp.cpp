@@ -1,5 +1,6 @@
 #include "cli/DesktopApp.h"
 
+#include <spawn.h>
 #include <unistd.h>
 
 #include <cerrno>
@@ -20,10 +21,18 @@ std::optional<std::filesystem::path> findDesktopApp(const std::filesystem::path&
     return std::nullopt;
 }
 
-int openDesktopApp() {
+namespace {
+
+std::optional<std::filesystem::path> desktopAppBesideThisProgram() {
     std::error_code error;
     const auto self = std::filesystem::read_symlink("/proc/self/exe", error);
-    const auto app = error ? std::nullopt : findDesktopApp(self);
+    return error ? std::nullopt : findDesktopApp(self);
+}
+
+}  // namespace
+
+int openDesktopApp() {
+    const auto app = desktopAppBesideThisProgram();
     if (!app) {
         std::cerr << "The desktop app isn't installed beside this program. Build it with scripts/run-app.sh, "
                      "or give a command: corvale --help\n";
@@ -34,6 +43,24 @@ int openDesktopApp() {
     ::execv(path.c_str(), arguments);
     std::cerr << "Couldn't start " << path << ": " << std::strerror(errno) << "\n";
     return 1;
+}
+
+void startDesktopApp(const std::string& link) {
+    const auto app = desktopAppBesideThisProgram();
+    if (!app) {
+        std::cerr << "The desktop app isn't installed beside this program, so " << link << " can't be opened.\n";
+        return;
+    }
+    const std::string path = app->string();
+    char* const arguments[] = {const_cast<char*>(path.c_str()), const_cast<char*>(link.c_str()), nullptr};
+    // Its own session, so the app stays when this program or its service ends.
+    posix_spawnattr_t attributes;
+    posix_spawnattr_init(&attributes);
+    posix_spawnattr_setflags(&attributes, POSIX_SPAWN_SETSID);
+    pid_t child = 0;
+    const int failed = ::posix_spawn(&child, path.c_str(), nullptr, &attributes, arguments, environ);
+    posix_spawnattr_destroy(&attributes);
+    if (failed != 0) std::cerr << "Couldn't start " << path << ": " << std::strerror(failed) << "\n";
 }
 
 }  // namespace corvale

@@ -4,6 +4,7 @@
 
 #include <filesystem>
 #include <optional>
+#include <string>
 #include <string_view>
 
 namespace corvale {
@@ -16,5 +17,9 @@ std::optional<std::filesystem::path> findDesktopApp(const std::filesystem::path&
 
 // Replaces this process with the app. Returns only when it cannot, having said why on standard error.
 int openDesktopApp();
+
+// Starts the app on its own, opened on `link`, and returns at once; the app
+// outlives this program. Says on standard error when it cannot.
+void startDesktopApp(const std::string& link);
 
 }  // namespace corvale

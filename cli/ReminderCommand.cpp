@@ -12,7 +12,10 @@
 #include <set>
 
 namespace corvale::cli {
-int runRemind(Session& session, const RemindOptions& options) {
+namespace {
+
+// Sends what is due and remembers it as shown; the vault is closed again on return.
+int sendDue(Session& session, const RemindOptions& options, bool& sentSome) {
     VaultStore store(session.setup);
     if (auto started = store.start(); !started) {
         // The open window holds the vault and says what is due itself.
@@ -55,6 +58,7 @@ int runRemind(Session& session, const RemindOptions& options) {
     }
 
     const auto sending = sendReminders(session.notifier, due, privately);
+    sentSome = !sending.sent.empty();
     for (const auto& notice : sending.sent) {
         session.out << "Sent: " << notice.summary << '\n';
         std::string body = notice.body;
@@ -67,6 +71,20 @@ int runRemind(Session& session, const RemindOptions& options) {
         return session.failed("The desktop's notification service didn't take the reminder (" +
                               sending.failure->detail + "), so it will be tried again next time.");
     }
+    return kSucceeded;
+}
+
+}  // namespace
+
+int runRemind(Session& session, const RemindOptions& options) {
+    bool sentSome = false;
+    const int sent = sendDue(session, options, sentSome);
+    if (sent != kSucceeded || !sentSome || options.stayMinutes <= 0) return sent;
+    // The vault is closed by now, so the app a click starts can open it.
+    session.notifier.followClicks(std::chrono::minutes(options.stayMinutes), [&](const std::string& link) {
+        session.out << "Opening " << link << '\n' << std::flush;
+        session.openLink(link);
+    });
     return kSucceeded;
 }
 

@@ -4,7 +4,9 @@
 
 #include "platform/Result.h"
 
+#include <chrono>
 #include <cstdint>
+#include <functional>
 #include <string>
 
 namespace corvale {
@@ -12,6 +14,7 @@ namespace corvale {
 struct Notification {
     std::string summary;
     std::string body;  // plain text; an implementation escapes what the service would read as markup
+    std::string link;  // a corvale:// link to open when the notification is clicked; empty for none
 };
 
 struct NotifierFailure {
@@ -28,6 +31,10 @@ public:
     virtual ~Notifier() = default;
     // The id the service gave the notification.
     virtual Result<std::uint32_t, NotifierFailure> notify(const Notification& notification) = 0;
+    // Waits up to `limit` while any notification sent with a link is still on
+    // screen, calling `opened` with the link of each one the user clicks.
+    virtual void followClicks(std::chrono::milliseconds limit,
+                              const std::function<void(const std::string& link)>& opened) = 0;
 };
 
 }  // namespace corvale

@@ -1,5 +1,7 @@
 #include "requirements/ReminderSender.h"
 
+#include "records/RecordLink.h"
+
 namespace corvale {
 
 ReminderSending sendReminders(Notifier& notifier, const std::vector<Reminder>& reminders, bool privately) {
@@ -7,7 +9,8 @@ ReminderSending sendReminders(Notifier& notifier, const std::vector<Reminder>& r
     if (reminders.empty()) return result;
     if (privately) {
         // One for all of them: even how many could say too much.
-        const Notification notice{"Something in Corvale needs your attention", "Open Corvale to see what is due."};
+        const Notification notice{"Something in Corvale needs your attention", "Open Corvale to see what is due.",
+                                  RecordLink::today().text()};
         if (auto sent = notifier.notify(notice); !sent) {
             result.failure = sent.error();
             return result;
@@ -18,7 +21,10 @@ ReminderSending sendReminders(Notifier& notifier, const std::vector<Reminder>& r
         return result;
     }
     for (const auto& reminder : reminders) {
-        Notification notice{reminder.title, {}};
+        // A click opens the credential; the weekly review, which is about no one record, opens Today.
+        const RecordLink link =
+            reminder.credentialId.empty() ? RecordLink::today() : RecordLink::credential(reminder.credentialId);
+        Notification notice{reminder.title, {}, link.text()};
         for (const auto& line : reminder.lines) notice.body += (notice.body.empty() ? "" : "\n") + line;
         if (auto sent = notifier.notify(notice); !sent) {
             result.failure = sent.error();

@@ -40,8 +40,9 @@ ReminderTimer::Kind ReminderTimer::installed() {
 Result<ReminderTimer::Kind, FileError> ReminderTimer::install(const std::filesystem::path& program) {
     if (auto cleared = remove(); !cleared) return fail(cleared.error());
     const std::string unit(kUnitName);
+    // It stays a while after sending, so a click on a reminder can open the app on it.
     const std::string service = "[Unit]\nDescription=Corvale reminders\n\n[Service]\nType=oneshot\nExecStart=" +
-                                quoted(program) + " remind\n";
+                                quoted(program) + " remind --stay 50\n";
     // Each hour of the day, so the weekly review keeps its hour, and soon after login;
     // Persistent catches up on a run the computer was off for. Each reminder still goes out once.
     const std::string timer =
@@ -60,7 +61,7 @@ Result<ReminderTimer::Kind, FileError> ReminderTimer::install(const std::filesys
     (void)m_files.removeFile(unitFolder() / (unit + ".service"));
     (void)m_files.removeFile(unitFolder() / (unit + ".timer"));
     const std::string entry = "[Desktop Entry]\nType=Application\nName=Corvale reminders\nExec=" + quoted(program) +
-                              " remind\nNoDisplay=true\nX-GNOME-Autostart-enabled=true\n";
+                              " remind --stay 50\nNoDisplay=true\nX-GNOME-Autostart-enabled=true\n";
     if (auto made = m_files.createDirectories(autostartFile().parent_path()); !made) return fail(made.error());
     if (auto written = m_files.replaceFileAtomically(autostartFile(), asBytes(entry)); !written)
         return fail(written.error());

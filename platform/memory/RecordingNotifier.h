@@ -16,7 +16,17 @@ public:
         return static_cast<std::uint32_t>(sent.size());
     }
 
+    // Plays the clicks in `clicks` (indexes into `sent`) as if the user made them.
+    void followClicks(std::chrono::milliseconds limit,
+                      const std::function<void(const std::string& link)>& opened) override {
+        followedFor = limit;
+        for (const std::size_t index : clicks)
+            if (index < sent.size() && !sent[index].link.empty()) opened(sent[index].link);
+    }
+
     std::vector<Notification> sent;
+    std::vector<std::size_t> clicks;
+    std::optional<std::chrono::milliseconds> followedFor;
     std::optional<NotifierFailure> refusal;
 };
 

@@ -415,6 +415,63 @@ private slots:
         QCOMPARE(notifier.sent.size(), first + 1);
     }
 
+    // A corvale:// link (a clicked reminder, a calendar event) opens its record wherever the window stands.
+    void aLinkOpensItsRecordWhereverTheWindowStands() {
+        testing::ShownWindow shown(testing::fillSampleOffice);
+        MainWindow& window = shown.window;
+        QTRY_COMPARE(window.pageName(), QStringLiteral("today"));
+        const VaultDocument& doc = window.store().doc();
+        // Copied: locking empties the document these come from.
+        const QString otherId = QString::fromStdString(
+            std::find_if(doc.credentials.begin(), doc.credentials.end(), [&](const Credential& c) {
+                return c.personId != doc.people[0].id;
+            })->id);
+        const QString credentialLink = QStringLiteral("corvale://credential/") + otherId;
+        const QString activityId = QString::fromStdString(doc.cme.at(0).id);
+
+        // Narrowed to one person, a link to another's record widens the view to take it in.
+        QComboBox* switcher = window.personSwitcher();
+        switcher->setCurrentIndex(switcher->findData(QString::fromStdString(doc.people.at(0).id)));
+        QVERIFY(window.store().scopePersonId().has_value());
+        window.openLink(credentialLink);
+        QCOMPARE(window.pageName(), QStringLiteral("licenses"));
+        QCOMPARE(window.licensesPage()->editor()->credentialId(), otherId);
+        QVERIFY(!window.store().scopePersonId().has_value());
+
+        window.openLink(QStringLiteral("corvale://activity/") + activityId);
+        QCOMPARE(window.pageName(), QStringLiteral("cme"));
+        QCOMPARE(window.cmePage()->editor()->activityId(), activityId);
+        window.openLink(QStringLiteral("corvale://today"));
+        QCOMPARE(window.pageName(), QStringLiteral("today"));
+
+        // What can't be followed is said, and the window stays where it was.
+        window.openLink(QStringLiteral("corvale://credential/no-such-record"));
+        QCOMPARE(window.statusText(), QStringLiteral("That credential is no longer in the vault."));
+        window.openLink(QStringLiteral("corvale://credential/../../etc"));
+        QVERIFY(window.statusText().contains(QStringLiteral("isn't a link to anything in the vault")));
+        QCOMPARE(window.pageName(), QStringLiteral("today"));
+
+        // Locked, the link waits behind the lock screen and is followed once unlocked.
+        QVERIFY(window.store().setAppLock(true).ok());
+        QVERIFY(window.lockIfEnabled());
+        window.openLink(credentialLink);
+        QCOMPARE(window.pageName(), QStringLiteral("lock"));
+        QTest::mouseClick(window.lockPage()->unlockButton(), Qt::LeftButton);
+        QCOMPARE(window.pageName(), QStringLiteral("licenses"));
+        QCOMPARE(window.licensesPage()->editor()->credentialId(), otherId);
+        QVERIFY(window.store().setAppLock(false).ok());
+
+        // A second window started on a link hands it to the one holding the vault and goes.
+        window.showScreen(QStringLiteral("today"));
+        MainWindow second(shown.device.setup(), rules());
+        second.openLink(QStringLiteral("corvale://activity/") + activityId);
+        second.show();
+        second.start();
+        QTRY_VERIFY(!second.isVisible());
+        QTRY_COMPARE(window.pageName(), QStringLiteral("cme"));
+        QCOMPARE(window.cmePage()->editor()->activityId(), activityId);
+    }
+
     // A calendar app subscribed to the kept file sees each change, and only real ones rewrite it.
     void aKeptCalendarFollowsEveryChange() {
         QTemporaryDir disk;

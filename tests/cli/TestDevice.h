@@ -45,6 +45,8 @@ struct Device {
     PassphrasePrompt prompt;  // none: as when no terminal is there
     StateData stateData;      // the delivered state files unless a test gives its own
     RecordingNotifier notifier;  // the desktop, as far as reminders can tell
+    std::vector<std::string> openedLinks;  // what a click asked the app to open
+    bool vaultFreeWhenOpened = false;      // whether the app so started could have opened the vault
 
     Device(InMemoryFileSystem& fileSystem, fs::path where)
         : files(fileSystem),
@@ -61,7 +63,13 @@ struct Device {
         std::istringstream in(input);
         std::ostringstream out, err;
         Outcome outcome;
-        outcome.code = runCommandLine(std::move(args), in, out, err, setup(), prompt, stateData, &notifier);
+        const auto openLink = [this](const std::string& link) {
+            openedLinks.push_back(link);
+            VaultStore app(setup());
+            vaultFreeWhenOpened = static_cast<bool>(app.start());
+        };
+        outcome.code =
+            runCommandLine(std::move(args), in, out, err, setup(), prompt, stateData, &notifier, openLink);
         outcome.out = out.str();
         outcome.err = err.str();
         return outcome;

@@ -56,6 +56,39 @@ TEST_F(RemindCommandTest, SendsWhatIsDueOnceAndPrintsIt) {
     EXPECT_EQ(device.notifier.sent[1].body, "Expires on March 31, 2027 (in 29 days). Its renewal isn't filed yet.");
 }
 
+TEST_F(RemindCommandTest, AClickedReminderOpensTheAppOnItsCredentialOnceTheVaultIsFree) {
+    const std::string bls = device.run({"list", "credentials", "--json"}).json().asArray().at(0).find("id")->asString();
+    device.notifier.clicks = {0};
+    // Without --stay nothing waits for a click: a terminal gets its prompt back.
+    EXPECT_EQ(device.run({"remind", "--as-of", "2026-12-31"}).code, 0);
+    EXPECT_EQ(device.notifier.sent.at(0).link, "corvale://credential/" + bls);
+    EXPECT_FALSE(device.notifier.followedFor);
+    EXPECT_TRUE(device.openedLinks.empty());
+
+    auto stayed = device.run({"remind", "--as-of", "2027-03-01", "--stay", "50"});
+    EXPECT_EQ(stayed.code, 0) << stayed.err;
+    EXPECT_EQ(device.notifier.followedFor, std::chrono::minutes(50));
+    EXPECT_EQ(device.openedLinks, std::vector<std::string>{"corvale://credential/" + bls});
+    EXPECT_NE(stayed.out.find("Opening corvale://credential/" + bls), std::string::npos);
+    EXPECT_TRUE(device.vaultFreeWhenOpened) << "the app started on a click found the vault still held";
+
+    // Nothing sent, nothing to wait for; a dry run never waits either.
+    device.notifier.followedFor.reset();
+    EXPECT_EQ(device.run({"remind", "--as-of", "2027-03-01", "--stay", "50"}).code, 0);
+    EXPECT_EQ(device.run({"remind", "--as-of", "2027-03-24", "--stay", "50", "--dry-run"}).code, 0);
+    EXPECT_FALSE(device.notifier.followedFor);
+    EXPECT_EQ(device.run({"remind", "--stay", "-1"}).code, 2);
+
+    // With app lock on the click opens Today: the link may say no more than the notice.
+    Prefs prefs(files, device.setup().prefsFile);
+    prefs.load();
+    ASSERT_TRUE(prefs.setFlag(Prefs::kAppLock, true));
+    device.notifier.clicks = {device.notifier.sent.size()};
+    EXPECT_EQ(device.run({"remind", "--as-of", "2027-03-24", "--stay", "5"}).code, 0);
+    EXPECT_EQ(device.notifier.sent.back().link, "corvale://today");
+    EXPECT_EQ(device.openedLinks.back(), "corvale://today");
+}
+
 TEST_F(RemindCommandTest, SnoozedAndNotApplicableCredentialsWait) {
     const std::string bls = device.run({"list", "credentials", "--json"}).json().asArray().at(0).find("id")->asString();
     EXPECT_EQ(device.run({"not-applicable", "bls"}).code, 0);

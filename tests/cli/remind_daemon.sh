@@ -83,4 +83,36 @@ expect "app lock on" "Something in Corvale needs your attention|Open Corvale to 
 case "$printed$got" in
   *BLS* | *ACLS* | *Ana* | *March*) fail "app lock on, and the reminder said what or whose: $printed $got" ;;
 esac
+
+# A click on a reminder opens the app on its credential: remind stays for the
+# click, starts the app beside it with the link, and goes once all are closed.
+python3 - "$XDG_CONFIG_HOME/Corvale/prefs.json" <<'PY'
+import json, sys
+path = sys.argv[1]
+prefs = json.load(open(path))
+prefs["appLock"] = False
+json.dump(prefs, open(path, "w"))
+PY
+bls=$("$corvale" list credentials --json | python3 -c '
+import json,sys; print(next(c["id"] for c in json.load(sys.stdin) if c["kind"] == "bls"))')
+export QT_QPA_PLATFORM=offscreen
+"$corvale" remind --as-of 2027-03-24 --stay 2 >"$HOME/stayed.log" 2>&1 &
+stayed=$!
+for _ in $(seq 100); do [ "$(dunstctl count displayed)" -ge 1 ] && break; sleep 0.1; done
+[ "$(dunstctl count displayed)" -ge 1 ] || fail "no reminder was shown to click"
+dunstctl action 0
+for _ in $(seq 100); do grep -q "^Opening " "$HOME/stayed.log" && break; sleep 0.1; done
+opened=$(sed -n 's/^Opening //p' "$HOME/stayed.log")
+case "$opened" in
+  corvale://credential/"$bls" | corvale://credential/"$acls") ;;
+  *) fail "the click opened [$opened], not one of the reminded credentials" ;;
+esac
+for _ in $(seq 100); do pgrep -f "corvale-app $opened" >/dev/null && break; sleep 0.1; done
+pgrep -f "corvale-app $opened" >/dev/null || fail "the app was not started on $opened"
+pkill -f "corvale-app $opened" || true
+# With every notification closed there is nothing left to wait for.
+dunstctl close-all
+for _ in $(seq 50); do kill -0 "$stayed" 2>/dev/null || break; sleep 0.1; done
+kill -0 "$stayed" 2>/dev/null && fail "remind kept waiting after its notifications were closed"
+wait "$stayed" || fail "remind --stay failed: $(cat "$HOME/stayed.log")"
 echo "remind_daemon: all checks passed"

@@ -33,7 +33,7 @@ TEST(ReminderTimer, AUserTimerWhereSystemdAnswersAndALoginEntryWhereItDoesNot) {
     EXPECT_EQ(*kind, ReminderTimer::Kind::systemd);
     EXPECT_EQ(desktop.read(kUnits / "corvale-remind.service"),
               "[Unit]\nDescription=Corvale reminders\n\n[Service]\nType=oneshot\n"
-              "ExecStart=\"/opt/My Apps/corvale\" remind\n");
+              "ExecStart=\"/opt/My Apps/corvale\" remind --stay 50\n");
     const std::string timer = desktop.read(kUnits / "corvale-remind.timer");
     for (const char* line : {"OnCalendar=*-*-* 08..22:00:00\n", "Persistent=true\n", "WantedBy=timers.target\n"})
         EXPECT_NE(timer.find(line), std::string::npos) << line;
@@ -58,7 +58,7 @@ TEST(ReminderTimer, AUserTimerWhereSystemdAnswersAndALoginEntryWhereItDoesNot) {
     ASSERT_TRUE(kind);
     EXPECT_EQ(*kind, ReminderTimer::Kind::autostart);
     EXPECT_FALSE(desktop.files.exists(kUnits / "corvale-remind.timer"));
-    EXPECT_NE(desktop.read(kAutostart).find("Exec=\"/usr/bin/corvale\" remind\n"), std::string::npos);
+    EXPECT_NE(desktop.read(kAutostart).find("Exec=\"/usr/bin/corvale\" remind --stay 50\n"), std::string::npos);
     EXPECT_EQ(desktop.timer.installed(), ReminderTimer::Kind::autostart);
     ASSERT_TRUE(desktop.timer.remove());
     EXPECT_FALSE(desktop.files.exists(kAutostart));
