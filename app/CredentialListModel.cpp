@@ -22,44 +22,7 @@ namespace corvale::app {
 namespace {
 
 constexpr quintptr kGroupRow = 0;  // internalId of a group row; a credential row holds its group + 1
-constexpr int kSoonDays = 30;
-constexpr int kDueDays = 90;
-
 QString text(const std::string& value) { return QString::fromStdString(value); }
-
-Urgency urgencyOf(int daysLeft) {
-    if (daysLeft == CredentialRow::kNoExpiry) return Urgency::undated;
-    if (daysLeft < 0) return Urgency::expired;
-    if (daysLeft <= kSoonDays) return Urgency::soon;
-    if (daysLeft <= kDueDays) return Urgency::due;
-    return Urgency::current;
-}
-
-QString urgencyText(Urgency urgency) {
-    switch (urgency) {
-    case Urgency::expired:
-        return QObject::tr("Expired");
-    case Urgency::soon:
-        return QObject::tr("Renew now");
-    case Urgency::due:
-        return QObject::tr("Renew soon");
-    case Urgency::current:
-        return QObject::tr("Current");
-    case Urgency::undated:
-        return QObject::tr("No expiry date");
-    }
-    return {};
-}
-
-// A renewal already with the board needs nothing more from the user, so it says so instead.
-QString statusText(const Credential& credential, Urgency urgency) {
-    const auto stage = credential.renewalStage ? renewalStageFromRaw(*credential.renewalStage) : std::nullopt;
-    if (stage == RenewalStage::submitted) return QObject::tr("Renewal submitted");
-    if (stage == RenewalStage::approved) return QObject::tr("Renewal approved");
-    if (stage == RenewalStage::gathering && urgency != Urgency::current && urgency != Urgency::undated)
-        return QObject::tr("Renewal started");
-    return urgencyText(urgency);
-}
 
 QColor colorOf(Urgency urgency) {
     switch (urgency) {
@@ -175,9 +138,9 @@ void CredentialListModel::reload(const VaultDocument& document, const Day& today
             row.expires = text(credential.expiresOn->shortFormatted());
             row.daysLeft = today.daysTo(*credential.expiresOn);
         }
-        row.urgency = urgencyOf(row.daysLeft);
+        row.urgency = urgencyOf(credential, today);
         ++m_counts[static_cast<std::size_t>(row.urgency)];
-        row.status = statusText(credential, row.urgency);
+        row.status = text(statusText(credential, row.urgency));
         if (credential.status) row.statusNote = text(*credential.status);
         row.kindOrder = kindOrderOf(credential);
     }

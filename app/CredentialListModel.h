@@ -4,6 +4,10 @@
 // document once per reload, so the model never holds on to records that a
 // later edit may move; regrouping reuses them.
 
+#ifndef Q_MOC_RUN
+#include "requirements/CredentialStatus.h"
+#endif
+
 #include <QAbstractItemModel>
 #include <QSortFilterProxyModel>
 #include <QString>
@@ -20,8 +24,7 @@ struct VaultDocument;
 
 namespace corvale::app {
 
-// How soon a credential needs the user. Soon is within 30 days, due within 90.
-enum class Urgency { expired, soon, due, current, undated };
+using corvale::Urgency;
 
 struct CredentialRow {
     static constexpr int kNoExpiry = std::numeric_limits<int>::max();

@@ -18,6 +18,7 @@
 #include "app/TodayPage.h"
 #include "app/WheelGuard.h"
 #include "app/WindowBeacon.h"
+#include "app/ReportPage.h"
 #include "records/RecordLink.h"
 #include "requirements/Readiness.h"
 #include "requirements/ReminderSender.h"
@@ -125,6 +126,8 @@ MainWindow::MainWindow(const VaultStoreSetup& setup, const Requirements& require
     addScreen(QStringLiteral("licenses"), tr("Licenses"), m_licenses);
     m_cme = new CMEPage(*m_context, m_screens);
     addScreen(QStringLiteral("cme"), tr("CME"), m_cme);
+    m_report = new ReportPage(*m_context, m_screens);
+    addScreen(QStringLiteral("report"), tr("Report"), m_report);
     m_profile = new ProfilePage(*m_context, m_screens);
     addScreen(QStringLiteral("profile"), tr("Profile"), m_profile);
     m_settings = new SettingsPage(*m_context, m_screens);

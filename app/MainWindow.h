@@ -43,6 +43,7 @@ class SessionWatcher;
 class SettingsPage;
 class StartProblemPage;
 class WindowBeacon;
+class ReportPage;
 class TodayPage;
 
 class MainWindow : public QWidget {
@@ -66,8 +67,8 @@ public:
     void start();
     // Shows the page the phase calls for and recomputes what every screen shows.
     void refresh();
-    // "opening", "problem", "onboarding", "lock", or the screen in view: "today", "licenses", "cme", "profile",
-    // "settings".
+    // "opening", "problem", "onboarding", "lock", or the screen in view: "today", "licenses", "cme", "report",
+    // "profile", "settings".
     QString pageName() const;
     void showScreen(const QString& name);
     // Brings the window forward on a corvale:// link: Today, or a credential or
@@ -88,6 +89,7 @@ public:
     LicensesPage* licensesPage() const { return m_licenses; }
     CMEPage* cmePage() const { return m_cme; }
     ProfilePage* profilePage() const { return m_profile; }
+    ReportPage* reportPage() const { return m_report; }
     SettingsPage* settingsPage() const { return m_settings; }
     QComboBox* personSwitcher() const { return m_person; }
     SessionWatcher* sessionWatcher() const { return m_session; }
@@ -148,6 +150,7 @@ private:
     TodayPage* m_today = nullptr;
     LicensesPage* m_licenses = nullptr;
     CMEPage* m_cme = nullptr;
+    ReportPage* m_report = nullptr;
     ProfilePage* m_profile = nullptr;
     SettingsPage* m_settings = nullptr;
     std::vector<Screen*> m_screenList;

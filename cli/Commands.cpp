@@ -419,6 +419,16 @@ int runCommandLine(std::vector<std::string> args, std::istream& in, std::ostream
         action = [&] { return runCalendar(session, progress, calendarOut); };
     });
 
+    std::string reportOut;
+    auto* report = app.add_subcommand("report", "Write the readiness report, for one person or everyone, as a PDF");
+    report->add_option("--out", reportOut, "The file to write")->required();
+    report->add_option("--person", progressPerson, "Only this person (their id)");
+    report->add_option("--as-of", asOf, "Where things will stand on this day")->check(dayValidator());
+    report->callback([&] {
+        progressOptions(report);
+        action = [&] { return runReport(session, progress, reportOut); };
+    });
+
     RemindOptions remind;
     std::string remindAsOf;
     auto* remindCommand =

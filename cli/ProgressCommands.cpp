@@ -8,8 +8,8 @@
 #include "requirements/Hours.h"
 #include "requirements/NumberWord.h"
 #include "requirements/CalendarExport.h"
-#include "requirements/CalendarExport.h"
 #include "requirements/Readiness.h"
+#include "requirements/ReadinessReport.h"
 #include "requirements/ReadinessJSON.h"
 #include "requirements/USState.h"
 
@@ -283,6 +283,21 @@ int runCalendar(Session& session, const ProgressOptions& options, const std::fil
     if (!view) return code;
     const std::string calendar = calendarOf(view->readiness, store.doc().settings, session.now());
     if (auto written = session.setup.files.replaceFileAtomically(destination, asBytes(calendar)); !written)
+        return session.failed(VaultError::storage(written.error()));
+    session.out << destination.string() << '\n';
+    return kSucceeded;
+}
+
+int runReport(Session& session, const ProgressOptions& options, const std::filesystem::path& destination) {
+    VaultStore store(session.setup);
+    int code = kSucceeded;
+    const auto view = openView(session, store, options, code);
+    if (!view) return code;
+    const auto report = ReadinessReport::build(store.doc(), rulesOf(session), view->scope.day, view->scope.personId);
+    if (!report) return session.failed("No person has the id " + options.person.value_or("") + ".");
+    const auto pdf = writePdf(report->printable());
+    if (!pdf) return session.failed(pdf.error().message());
+    if (auto written = session.setup.files.replaceFileAtomically(destination, *pdf); !written)
         return session.failed(VaultError::storage(written.error()));
     session.out << destination.string() << '\n';
     return kSucceeded;

@@ -8,6 +8,7 @@
 #include "app/MainWindow.h"
 #include "app/OnboardingPage.h"
 #include "app/ProfilePage.h"
+#include "app/ReportPage.h"
 #include "app/SettingsPage.h"
 #include "app/ProgressRing.h"
 #include "app/StartProblemPage.h"
@@ -21,6 +22,7 @@
 #include "platform/memory/RecordingNotifier.h"
 #include "records/JSONReader.h"
 #include "records/NPI.h"
+#include "requirements/CredentialRenewal.h"
 #include "requirements/Requirements.h"
 #include "vault/VaultKeychain.h"
 #include "vault/VaultStore.h"
@@ -36,6 +38,8 @@
 #include <QDateTime>
 #include <QFile>
 #include <QFileInfo>
+#include <QProcess>
+#include <QStandardPaths>
 #include <QTemporaryDir>
 #include <QSignalSpy>
 #include <QTest>
@@ -470,6 +474,58 @@ private slots:
         QTRY_VERIFY(!second.isVisible());
         QTRY_COMPARE(window.pageName(), QStringLiteral("cme"));
         QCOMPARE(window.cmePage()->editor()->activityId(), activityId);
+    }
+
+    // The report shows whoever is in view, as it prints, and saves the PDF the command line writes.
+    void theReportShowsWhoIsInViewAndSavesItsPdf() {
+        testing::ShownWindow shown(testing::fillSampleOffice);
+        MainWindow& window = shown.window;
+        QTRY_COMPARE(window.pageName(), QStringLiteral("today"));
+        window.showScreen(QStringLiteral("report"));
+        QCOMPARE(window.pageName(), QStringLiteral("report"));
+        ReportPage* report = window.reportPage();
+        const VaultDocument& doc = window.store().doc();
+        for (const auto& person : doc.people) QVERIFY(report->previewText().contains(QString::fromStdString(person.name)));
+        screenshot(window, "report-everyone");
+
+        // One person chosen: their every credential, and no one else.
+        const Person& chosen = doc.people.at(1);
+        const QString name = QString::fromStdString(chosen.name);
+        QComboBox* switcher = window.personSwitcher();
+        switcher->setCurrentIndex(switcher->findData(QString::fromStdString(chosen.id)));
+        std::vector<const Credential*> held;
+        for (const auto& credential : doc.credentials)
+            if (!credential.deleted && credential.personId == chosen.id) held.push_back(&credential);
+        QVERIFY(!held.empty());
+        const QString preview = report->previewText();
+        for (const auto& title : distinctTitles(held)) QVERIFY2(preview.contains(QString::fromStdString(title)), title.c_str());
+        for (const auto& person : doc.people)
+            if (person.id != chosen.id) QVERIFY(!preview.contains(QString::fromStdString(person.name)));
+
+        QTemporaryDir disk;
+        const QString path = disk.filePath(QStringLiteral("report.pdf"));
+        report->answerNextFileDialog(path);
+        QTest::mouseClick(report->saveButton(), Qt::LeftButton);
+        QFile saved(path);
+        QVERIFY(saved.open(QIODevice::ReadOnly));
+        QVERIFY(saved.read(5) == "%PDF-");
+        QVERIFY(window.statusText().startsWith(QStringLiteral("Report saved as report.pdf")));
+        const QString pdftotext = QStandardPaths::findExecutable(QStringLiteral("pdftotext"));
+        if (!pdftotext.isEmpty()) {
+            QProcess reader;
+            reader.start(pdftotext, {path, QStringLiteral("-")});
+            QVERIFY(reader.waitForFinished(30000));
+            const QString printed = QString::fromUtf8(reader.readAllStandardOutput()).simplified();
+            QVERIFY(printed.contains(QStringLiteral("Readiness report: ") + name));
+            for (const Credential* credential : held)
+                if (credential->number) QVERIFY(printed.contains(QString::fromStdString(*credential->number)));
+        }
+
+        // A folder that isn't there: said under the button, and nothing written.
+        const QString nowhere = disk.filePath(QStringLiteral("missing/report.pdf"));
+        QVERIFY(!report->saveTo(nowhere));
+        QVERIFY(report->errorText().startsWith(QStringLiteral("The report couldn't be written to ")));
+        QVERIFY(!QFileInfo::exists(nowhere));
     }
 
     // A calendar app subscribed to the kept file sees each change, and only real ones rewrite it.

@@ -107,9 +107,16 @@ case "$opened" in
   corvale://credential/"$bls" | corvale://credential/"$acls") ;;
   *) fail "the click opened [$opened], not one of the reminded credentials" ;;
 esac
-for _ in $(seq 100); do pgrep -f "corvale-app $opened" >/dev/null && break; sleep 0.1; done
-pgrep -f "corvale-app $opened" >/dev/null || fail "the app was not started on $opened"
-pkill -f "corvale-app $opened" || true
+if [ -x "$(dirname "$corvale")/../app/corvale-app" ]; then
+  for _ in $(seq 100); do pgrep -f "corvale-app $opened" >/dev/null && break; sleep 0.1; done
+  pgrep -f "corvale-app $opened" >/dev/null || fail "the app was not started on $opened"
+  pkill -f "corvale-app $opened" || true
+else
+  # A build without the app (the sanitizers'): remind says why the link goes nowhere.
+  for _ in $(seq 50); do grep -q "isn't installed beside" "$HOME/stayed.log" && break; sleep 0.1; done
+  grep -q "The desktop app isn't installed beside this program, so $opened can't be opened." "$HOME/stayed.log" ||
+    fail "without the app, remind did not say the link can't be opened: $(cat "$HOME/stayed.log")"
+fi
 # With every notification closed there is nothing left to wait for.
 dunstctl close-all
 for _ in $(seq 50); do kill -0 "$stayed" 2>/dev/null || break; sleep 0.1; done
