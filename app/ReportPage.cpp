@@ -68,7 +68,9 @@ ReportPage::ReportPage(AppContext& context, QWidget* parent) : Screen(context, p
     setHandle(m_whose, tr("Whose report"));
     m_preview = new QTextBrowser(content);
     m_preview->setAccessibleName(tr("Report preview"));
+    m_preview->setObjectName(QStringLiteral("reportPreview"));
     m_preview->setOpenLinks(false);
+    m_preview->setHorizontalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
     m_preview->setMinimumHeight(360);
     m_save = new QPushButton(tr("Save as PDF…"), content);
     m_save->setObjectName(QStringLiteral("primary"));

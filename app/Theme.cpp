@@ -63,6 +63,8 @@ QString cmeStyleSheet() {
                                                                    background: @base; padding: 2px; }
         QListView#topics::item { padding: 3px 2px; }
         QPlainTextEdit:focus, QListView#topics:focus, QListView#certificates:focus { border: 2px solid @focus; }
+        QTextBrowser#reportPreview { border: 1px solid @border; background: @base; }
+        QTextBrowser#reportPreview:focus { border: 2px solid @focus; }
         QPushButton#flat { border: 2px solid transparent; background: transparent; color: @muted; }
         QPushButton#flat:focus { border-color: @focus; }
         corvale--app--CMEPage QScrollBar:vertical { background: transparent; width: 10px; margin: 2px; }
