@@ -11,3 +11,5 @@ cpack -G DEB --config "$build/CPackConfig.cmake" -B "$out" >"$out/cpack.log" 2>&
   exit 1
 }
 ls "$out"/corvale_*.deb >/dev/null
+# The staging copy is not the package; left in the build tree it would pass for programs built there.
+rm -rf "$out/_CPack_Packages"
