@@ -1,4 +1,5 @@
 #include "ShippedRules.h"
+#include "TestVault.h"
 #include "records/JSONReader.h"
 #include "requirements/ReadinessReport.h"
 
@@ -8,24 +9,6 @@
 
 namespace corvale {
 namespace {
-
-Person personNamed(const std::string& id, const std::string& name) {
-    Person person;
-    person.id = id;
-    person.name = name;
-    person.degree = "RN";
-    return person;
-}
-
-Credential credential(const std::string& id, const std::string& personId, const std::string& kind,
-                      std::optional<Day> expires) {
-    Credential made;
-    made.id = id;
-    made.personId = personId;
-    made.kind = kind;
-    made.expiresOn = expires;
-    return made;
-}
 
 std::string joined(const PrintedReport& printed) {
     std::string all = printed.title + "\n" + printed.subtitle + "\n";
@@ -39,19 +22,19 @@ std::string joined(const PrintedReport& printed) {
 
 TEST(ReadinessReport, AnOfficeReportListsEveryoneScoredWorstFirstAndOnePersonAlone) {
     const Day today{2026, 11, 25};
-    VaultDocument document;
-    document.people = {personNamed("ana", "Ana Ruiz"), personNamed("jo", "Jordan Reyes"),
-                       personNamed("mgr", "Office Manager"), personNamed("gone", "Left Long Ago")};
+    testing::TestVault vault;
+    const auto ana = vault.person("Ana Ruiz", "RN");
+    const auto jordan = vault.person("Jordan Reyes", "RN");
+    const auto manager = vault.person("Office Manager", "RN");
+    const auto gone = vault.person("Left Long Ago", "RN");
+    VaultDocument& document = vault.document;
     document.people[2].setManagesOthersOnly(true);
     document.people[3].deleted = true;
-    ASSERT_TRUE(document.people[2].managesOthersOnly());
     // Jordan's card has expired, so Jordan comes first; Ana's two DEA registrations are told apart.
-    document.credentials = {credential("a1", "ana", "dea", Day{2027, 9, 1}),
-                            credential("a2", "ana", "dea", Day{2028, 3, 1}),
-                            credential("j1", "jo", "bls", Day{2026, 10, 1}),
-                            credential("g1", "gone", "bls", Day{2027, 1, 1})};
-    document.credentials[0].state = "TX";
-    document.credentials[1].state = "CA";
+    vault.credential(ana, "dea", "TX", Day{2027, 9, 1});
+    vault.credential(ana, "dea", "CA", Day{2028, 3, 1});
+    vault.credential(jordan, "bls", std::nullopt, Day{2026, 10, 1});
+    vault.credential(gone, "bls", std::nullopt, Day{2027, 1, 1});
     document.people[0].screenings = std::vector<JSONValue>{
         *parseJSON(R"({"id":"r1","ranAt":"2026-05-01T10:00:00Z","outcome":"review"})"),
         *parseJSON(R"({"id":"r2","ranAt":"2026-10-02T10:00:00Z","outcome":"clear","reviewedAt":"2026-10-03T09:00:00Z"})")};
@@ -74,22 +57,19 @@ TEST(ReadinessReport, AnOfficeReportListsEveryoneScoredWorstFirstAndOnePersonAlo
     EXPECT_EQ(printed.find("Left Long Ago"), std::string::npos);
 
     // Asked for by id, the manager appears, unscored; an unknown id gives nothing.
-    const auto manager = ReadinessReport::build(document, &testing::shippedRules(), today, "mgr");
-    ASSERT_TRUE(manager);
-    EXPECT_FALSE(manager->people.at(0).score);
-    EXPECT_EQ(manager->printable().title, "Readiness report: Office Manager");
-    EXPECT_NE(joined(manager->printable()).find("No credentials recorded."), std::string::npos);
+    const auto managerAlone = ReadinessReport::build(document, &testing::shippedRules(), today, manager);
+    ASSERT_TRUE(managerAlone);
+    EXPECT_FALSE(managerAlone->people.at(0).score);
+    EXPECT_EQ(managerAlone->printable().title, "Readiness report: Office Manager");
+    EXPECT_NE(joined(managerAlone->printable()).find("No credentials recorded."), std::string::npos);
     EXPECT_FALSE(ReadinessReport::build(document, &testing::shippedRules(), today, "nobody"));
-    EXPECT_FALSE(ReadinessReport::build(document, &testing::shippedRules(), today, "gone"));
+    EXPECT_FALSE(ReadinessReport::build(document, &testing::shippedRules(), today, gone));
 }
 
 TEST(ReadinessReport, ALicenceCycleShowsItsPeriodProgressAndOpenTopics) {
-    VaultDocument document;
-    document.people = {personNamed("ana", "Ana Ruiz")};
-    document.people[0].degree = "MD";
-    auto licence = credential("tx", "ana", "stateLicense", Day{2027, 5, 31});
-    licence.state = "TX";
-    document.credentials = {licence};
+    testing::TestVault vault;
+    vault.credential(vault.person("Ana Ruiz", "MD"), "stateLicense", "TX", Day{2027, 5, 31});
+    const VaultDocument& document = vault.document;
     const auto report = ReadinessReport::build(document, &testing::shippedRules(), Day{2026, 11, 25});
     ASSERT_TRUE(report);
     ASSERT_EQ(report->people.at(0).cycles.size(), 1u);

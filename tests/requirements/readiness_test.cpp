@@ -1,4 +1,5 @@
 #include "ShippedRules.h"
+#include "TestVault.h"
 #include "requirements/Readiness.h"
 #include "requirements/Requirements.h"
 
@@ -11,47 +12,7 @@ const RequirementsFile& shipped() { return testing::shippedRules(); }
 
 const Day kToday{2026, 11, 22};
 
-struct Office {
-    VaultDocument document;
-    int serial = 0;
-
-    std::string person(std::string name, std::string degree) {
-        Person person;
-        person.id = "person-" + std::to_string(++serial);
-        person.name = std::move(name);
-        person.degree = std::move(degree);
-        document.people.push_back(person);
-        return person.id;
-    }
-    Credential& credential(const std::string& owner, std::string kind, std::optional<std::string> state, Day expires) {
-        Credential credential;
-        credential.id = "credential-" + std::to_string(++serial);
-        credential.personId = owner;
-        credential.kind = std::move(kind);
-        credential.state = std::move(state);
-        credential.expiresOn = expires;
-        DocumentRecord copy;  // each comes with its scan, so only the education matters here
-        copy.id = "document-" + std::to_string(++serial);
-        copy.personId = owner;
-        document.documents.push_back(copy);
-        credential.documentIds = {copy.id};
-        document.credentials.push_back(std::move(credential));
-        return document.credentials.back();
-    }
-    void cme(const std::string& owner, Day completed, double hours, std::string category,
-             std::vector<std::string> topics = {}, std::optional<bool> approved = std::nullopt) {
-        CMEActivity activity;
-        activity.id = "cme-" + std::to_string(++serial);
-        activity.personId = owner;
-        activity.title = "Course " + std::to_string(serial);
-        activity.completedOn = completed;
-        activity.hours = hours;
-        activity.category = std::move(category);
-        activity.topics = std::move(topics);
-        activity.boardApproved = approved;
-        document.cme.push_back(std::move(activity));
-    }
-};
+using Office = testing::TestVault;
 
 const StateProgress& find(const Readiness& readiness, std::string_view personId, std::string_view state) {
     for (const auto& progress : readiness.progress)

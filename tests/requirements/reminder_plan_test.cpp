@@ -1,4 +1,5 @@
 #include "ShippedRules.h"
+#include "TestVault.h"
 #include "requirements/Readiness.h"
 #include "requirements/ReminderPlan.h"
 #include "requirements/Requirements.h"
@@ -10,28 +11,9 @@ namespace {
 
 const RequirementsFile& shipped() { return testing::shippedRules(); }
 
-struct Vault {
-    VaultDocument document;
+struct Vault : testing::TestVault {
     std::set<std::string, std::less<>> shown;
 
-    std::string person(std::string name, std::string degree) {
-        Person person;
-        person.id = "person-" + std::to_string(document.people.size() + 1);
-        person.name = std::move(name);
-        person.degree = std::move(degree);
-        document.people.push_back(person);
-        return person.id;
-    }
-    Credential& credential(const std::string& owner, std::string kind, std::optional<std::string> state, Day expires) {
-        Credential credential;
-        credential.id = kind + "-" + std::to_string(document.credentials.size() + 1);
-        credential.personId = owner;
-        credential.kind = std::move(kind);
-        credential.state = std::move(state);
-        credential.expiresOn = expires;
-        document.credentials.push_back(std::move(credential));
-        return document.credentials.back();
-    }
     // What goes out on `day`, remembered as shown, as the reminder command does.
     std::vector<Reminder> on(Day day) {
         const auto readiness = Readiness::compute(document, &shipped(), day);
@@ -91,9 +73,12 @@ TEST(ReminderPlan, OneReminderPerCredentialAndWhatTheUserSetAsideStaysAside) {
     // A Texas licence ending with every hour missing: its expiry and its cycle go out together.
     vault.credential(physician, "stateLicense", "TX", kExpiry);
     vault.credential(physician, "bls", std::nullopt, kExpiry);
-    vault.credential(nurse, "acls", std::nullopt, kExpiry).reminderLeadDays = 14;
+    Credential& acls = vault.credential(nurse, "acls", std::nullopt, kExpiry);
+    acls.reminderLeadDays = 14;
+    const std::string aclsId = acls.id;
     Credential& dea = vault.credential(physician, "dea", std::nullopt, kExpiry);
     dea.renewalStage = "submitted";
+    const std::string deaId = dea.id;
     vault.document.settings.notApplicable = {"bls"};
 
     auto due = vault.on(kExpiry.addingDays(-30));
@@ -104,7 +89,7 @@ TEST(ReminderPlan, OneReminderPerCredentialAndWhatTheUserSetAsideStaysAside) {
     EXPECT_EQ(due[0].keys.size(), 4u);  // 90 and 30 days, for the expiry and for the cycle
 
     // Snoozed until a day: quiet until then, and then what was held back goes out.
-    vault.document.settings.snoozed["acls-3"] = kExpiry.addingDays(-5).toString();
+    vault.document.settings.snoozed[aclsId] = kExpiry.addingDays(-5).toString();
     EXPECT_TRUE(vault.on(kExpiry.addingDays(-14)).empty());
     due = vault.on(kExpiry.addingDays(-5));
     ASSERT_EQ(due.size(), 2u);
@@ -114,7 +99,7 @@ TEST(ReminderPlan, OneReminderPerCredentialAndWhatTheUserSetAsideStaysAside) {
 
     // A filed renewal is still said on the day the old date runs out.
     due = vault.on(kExpiry);
-    const auto deaReminder = std::find_if(due.begin(), due.end(), [](const Reminder& r) { return r.credentialId == "dea-4"; });
+    const auto deaReminder = std::find_if(due.begin(), due.end(), [&](const Reminder& r) { return r.credentialId == deaId; });
     ASSERT_NE(deaReminder, due.end());
     EXPECT_EQ(deaReminder->lines, std::vector<std::string>{"Expires today, March 31, 2027. The renewal is filed; enter "
                                                            "the new expiry date once it is granted."});
