@@ -94,7 +94,19 @@ ReportPage::ReportPage(AppContext& context, QWidget* parent) : Screen(context, p
     connect(m_save, &QPushButton::clicked, this, &ReportPage::save);
 }
 
+void ReportPage::showEvent(QShowEvent* event) {
+    Screen::showEvent(event);
+    if (m_stale) reload();
+}
+
 void ReportPage::reload() {
+    // A report is one readiness per person: made only for a screen that is looked at.
+    // Out of view it holds nothing, so a locked window keeps no record text behind the lock screen.
+    m_stale = !isVisible();
+    if (m_stale) {
+        m_preview->clear();
+        return;
+    }
     showMessage(m_error, QString());
     const auto report = reportInView(context());
     const bool one = report && report->people.size() == 1;

@@ -30,6 +30,9 @@ public:
     QString errorText() const;
     QPushButton* saveButton() const { return m_save; }
 
+protected:
+    void showEvent(QShowEvent* event) override;
+
 private:
     void save();
 
@@ -38,6 +41,7 @@ private:
     QPushButton* m_save = nullptr;
     QLabel* m_error = nullptr;
     std::optional<QString> m_nextFile;
+    bool m_stale = true;  // the records changed while the screen was out of view
 };
 
 }  // namespace corvale::app

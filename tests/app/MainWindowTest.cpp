@@ -526,6 +526,11 @@ private slots:
         QVERIFY(!report->saveTo(nowhere));
         QVERIFY(report->errorText().startsWith(QStringLiteral("The report couldn't be written to ")));
         QVERIFY(!QFileInfo::exists(nowhere));
+
+        // Locked, the screen keeps no record text behind the lock.
+        QVERIFY(window.store().setAppLock(true).ok());
+        QVERIFY(window.lockIfEnabled());
+        QVERIFY(report->previewText().isEmpty());
     }
 
     // A calendar app subscribed to the kept file sees each change, and only real ones rewrite it.
