@@ -122,6 +122,8 @@ int runNotApplicable(Session& session, const std::string& kind, bool applies);
 int runProgress(Session& session, const ProgressOptions& options, bool json);
 // Writes the renewals as an iCalendar file and prints its path.
 int runCalendar(Session& session, const ProgressOptions& options, const std::filesystem::path& destination);
+// The next twelve months of expiries, renewal windows and cycle ends, and the topics still open.
+int runPlan(Session& session, const ProgressOptions& options, bool json);
 // Writes the readiness report as a PDF and prints its path.
 int runReport(Session& session, const ProgressOptions& options, const std::filesystem::path& destination);
 

@@ -410,6 +410,14 @@ int runCommandLine(std::vector<std::string> args, std::istream& in, std::ostream
         action = [&] { return runProgress(session, progress, json); };
     });
 
+    auto* planCommand =
+        app.add_subcommand("plan", "The next twelve months: expiries, renewal windows, cycle ends and open topics");
+    addProgressOptions(planCommand);
+    planCommand->callback([&] {
+        progressOptions(planCommand);
+        action = [&] { return runPlan(session, progress, json); };
+    });
+
     std::string calendarOut;
     auto* calendar = app.add_subcommand("calendar", "Write the renewals as a calendar file (.ics) to import or subscribe to");
     calendar->add_option("--out", calendarOut, "The file to write")->required();

@@ -10,6 +10,7 @@
 #include "requirements/CalendarExport.h"
 #include "requirements/Readiness.h"
 #include "requirements/ReadinessReport.h"
+#include "requirements/RenewalPlan.h"
 #include "requirements/ReadinessJSON.h"
 #include "requirements/USState.h"
 
@@ -300,6 +301,65 @@ int runReport(Session& session, const ProgressOptions& options, const std::files
     if (auto written = session.setup.files.replaceFileAtomically(destination, *pdf); !written)
         return session.failed(VaultError::storage(written.error()));
     session.out << destination.string() << '\n';
+    return kSucceeded;
+}
+
+namespace {
+
+JSONValue planJSON(const RenewalPlan& plan) {
+    JSONValue::Array months;
+    for (const auto& month : plan.months) {
+        JSONValue::Array events;
+        for (const auto& event : month.events) {
+            events.push_back(JSONObject{{"kind", std::string(rawValue(event.kind))},
+                                        {"day", event.day.toString()},
+                                        {"recordId", event.recordId},
+                                        {"title", event.title},
+                                        {"detail", event.detail},
+                                        {"pointsAtStake", event.pointsAtStake}});
+        }
+        months.push_back(JSONObject{{"month", month.first.toString().substr(0, 7)}, {"events", std::move(events)}});
+    }
+    JSONValue::Array topics;
+    for (const auto& open : plan.openTopics) {
+        JSONValue::Array lines(open.topics.begin(), open.topics.end());
+        topics.push_back(JSONObject{{"title", open.title},
+                                    {"state", open.state},
+                                    {"cycleEnd", open.cycleEnd.toString()},
+                                    {"topics", std::move(lines)}});
+    }
+    return JSONObject{{"from", plan.from.toString()}, {"months", std::move(months)}, {"openTopics", std::move(topics)}};
+}
+
+}  // namespace
+
+int runPlan(Session& session, const ProgressOptions& options, bool json) {
+    VaultStore store(session.setup);
+    int code = kSucceeded;
+    const auto view = openView(session, store, options, code);
+    if (!view) return code;
+    const auto plan = RenewalPlan::compute(store.doc(), rulesOf(session), view->scope.day, view->scope.personId);
+    if (json) {
+        session.out << writeJSON(planJSON(plan)) << '\n';
+        return kSucceeded;
+    }
+    auto& out = session.out;
+    out << (view->scope.personName.empty() ? "" : view->scope.personName + " · ") << "The next twelve months, from "
+        << plan.from.formatted() << '\n';
+    for (const auto& month : plan.months) {
+        out << '\n' << month.first.monthAndYear() << '\n';
+        if (month.events.empty()) out << "  Nothing due.\n";
+        for (const auto& event : month.events) {
+            out << "  " << event.day.shortFormatted() << "  " << event.title;
+            if (event.pointsAtStake > 0) out << " (" << event.pointsAtStake << " points at stake)";
+            out << "\n    " << event.detail << '\n';
+        }
+    }
+    if (!plan.openTopics.empty()) out << "\nMandated topics still open\n";
+    for (const auto& open : plan.openTopics) {
+        out << "  " << open.title << " (cycle ends " << open.cycleEnd.formatted() << ")\n";
+        for (const auto& topic : open.topics) out << "    " << topic << '\n';
+    }
     return kSucceeded;
 }
 

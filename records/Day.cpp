@@ -113,6 +113,8 @@ std::string Day::formatted() const {
     return monthName(month, false) + " " + std::to_string(day) + ", " + std::to_string(year);
 }
 
+std::string Day::monthAndYear() const { return monthName(month, false) + " " + std::to_string(year); }
+
 std::string Day::shortFormatted() const {
     return monthName(month, true) + " " + std::to_string(day) + ", " + std::to_string(year);
 }

@@ -33,6 +33,7 @@ struct Day {
     std::string toString() const;        // "%04d-%02d-%02d"
     std::string formatted() const;       // "July 4, 2026"
     std::string shortFormatted() const;  // "Jul 4, 2026"
+    std::string monthAndYear() const;    // "July 2026"
 
     // Month and year steps clamp to the end of a shorter month (Jan 31 + 1 month is Feb 28/29).
     Day addingDays(int days) const;

@@ -2,7 +2,6 @@
 
 #include "requirements/CredentialRenewal.h"
 #include "requirements/CredentialStatus.h"
-#include "requirements/Hours.h"
 #include "requirements/Readiness.h"
 #include "requirements/USState.h"
 
@@ -33,11 +32,7 @@ ReadinessReport::CycleLine cycleLine(const StateProgress& progress) {
                                     progress.summary(),
                                     {},
                                     progress.caveat()};
-    for (const auto& topic : progress.openTopics()) {
-        line.openTopics.push_back(topic.name + ": " + hoursText(topic.done, HoursRounding::down) + " of " +
-                                  hoursText(topic.required, HoursRounding::down) +
-                                  (topic.required == 1 ? " hour" : " hours"));
-    }
+    for (const auto& topic : progress.openTopics()) line.openTopics.push_back(topic.progressText());
     return line;
 }
 

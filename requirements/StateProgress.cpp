@@ -43,6 +43,11 @@ Span topicSpan(const TopicRule& topic, const StateProgress& progress, double cyc
 
 bool StateProgress::TopicLine::isOpen() const { return required > done + kHourTolerance; }
 
+std::string StateProgress::TopicLine::progressText() const {
+    return name + ": " + hoursText(done, HoursRounding::down) + " of " + hoursText(required, HoursRounding::down) +
+           (required == 1 ? " hour" : " hours");
+}
+
 std::optional<StateProgress> StateProgress::compute(const Credential& license, Degree degree,
                                                     std::span<const CMEActivity> activities, bool deaHolder,
                                                     const RequirementsFile* file, const Day& today) {

@@ -26,6 +26,8 @@ struct StateProgress {
         std::vector<const CMEActivity*> counted;  // the activities whose hours make up `done`
 
         bool isOpen() const;
+        // "Human trafficking: 0 of 2 hours"
+        std::string progressText() const;
     };
 
     Credential license;

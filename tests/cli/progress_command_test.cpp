@@ -136,6 +136,31 @@ TEST_F(ProgressCommandTest, AnOfficeSeesEveryoneWorstFirstThenOnePerson) {
     EXPECT_EQ(device.run({"today", "--as-of", "2026-13-01"}).code, 2);
 }
 
+TEST_F(ProgressCommandTest, PlanLaysOutTwelveMonthsAndTheTopicsStillOpen) {
+    auto plan = device.run({"plan", "--as-of", "2026-11-25"});
+    ASSERT_EQ(plan.code, 0) << plan.err;
+    EXPECT_TRUE(has(plan.out, "The next twelve months, from November 25, 2026\n\nNovember 2026\n"));
+    EXPECT_TRUE(has(plan.out, "\nDecember 2026\n  Nothing due.\n"));
+    EXPECT_TRUE(has(plan.out, "\nOctober 2027\n"));
+    EXPECT_FALSE(has(plan.out, "November 2027"));
+    // The DEA's window opens at the 90-day mark, on April 1.
+    EXPECT_TRUE(has(plan.out, "\nApril 2027\n  Apr 1, 2027  DEA registration: renewal window opens (5 points at stake)\n"));
+    EXPECT_TRUE(has(plan.out, "  Jan 31, 2027  Texas license expires (25 points at stake)\n    Renewal not filed yet.\n"));
+    EXPECT_TRUE(has(plan.out, "Jan 31, 2027  Texas education cycle ends"));
+    EXPECT_TRUE(has(plan.out, "\nMandated topics still open\n  Texas license (cycle ends January 31, 2027)\n"
+                              "    Opioid prescribing: 0 of 2 hours\n"));
+
+    const JSONValue json = device.run({"plan", "--as-of", "2026-11-25", "--json"}).json();
+    const auto& months = json.find("months")->asArray();
+    ASSERT_EQ(months.size(), 12u);
+    EXPECT_EQ(months[0].find("month")->asString(), "2026-11");
+    const auto& january = months[2].find("events")->asArray();
+    ASSERT_FALSE(january.empty());
+    EXPECT_EQ(january[0].find("kind")->asString(), "expiry");
+    EXPECT_EQ(january[0].find("recordId")->asString(), licence);
+    EXPECT_EQ(device.run({"plan", "--person", "nobody"}).err, "No person has the id nobody.\n");
+}
+
 TEST_F(ProgressCommandTest, WithoutStateRulesTheScoreStillStands) {
     static const Requirements none(std::nullopt);
     static const StateFees noFees(std::nullopt);
