@@ -136,4 +136,31 @@ void centreCard(QWidget* page, QWidget* card) {
     layout->addStretch(2);
 }
 
+void clearRows(QVBoxLayout* layout) {
+    while (QLayoutItem* item = layout->takeAt(0)) {
+        if (QWidget* widget = item->widget()) {
+            widget->hide();  // gone from view at once, though deleted only when control returns
+            widget->deleteLater();
+        }
+        delete item;
+    }
+}
+
+QVBoxLayout* rowsCard(const QString& heading, QVBoxLayout* into, QWidget* parent, QWidget** cardOut) {
+    auto* card = new QFrame(parent);
+    card->setObjectName(QStringLiteral("card"));
+    auto* layout = new QVBoxLayout(card);
+    layout->setContentsMargins(22, 18, 22, 18);
+    layout->setSpacing(10);
+    auto* title = makeLabel(heading, "sectionTitle", card);
+    scaleFont(title, 1.15, QFont::DemiBold);
+    layout->addWidget(title);
+    auto* rows = new QVBoxLayout;
+    rows->setSpacing(12);
+    layout->addLayout(rows);
+    into->addWidget(card);
+    if (cardOut) *cardOut = card;
+    return rows;
+}
+
 }  // namespace corvale::app

@@ -41,6 +41,11 @@ void centreCard(QWidget* page, QWidget* card);
 // near its words. The area only scrolls: Tab goes to what is inside.
 QScrollArea* scrollPage(QWidget* page, QWidget* content, int maxWidth);
 
+// A titled card whose rows a page refills on every change; answers the rows' layout.
+QVBoxLayout* rowsCard(const QString& heading, QVBoxLayout* into, QWidget* parent, QWidget** cardOut = nullptr);
+// Takes every row out of `layout` and deletes it.
+void clearRows(QVBoxLayout* layout);
+
 // Makes Tab follow the order the layouts place things in, top to bottom and
 // left to right, instead of the order the widgets were made or moved in.
 void orderTabsAsLaidOut(QWidget* root);

@@ -26,31 +26,6 @@ constexpr int kRenewalHorizonDays = 90;
 
 QString text(const std::string& value) { return QString::fromStdString(value); }
 
-void clear(QVBoxLayout* layout) {
-    while (QLayoutItem* item = layout->takeAt(0)) {
-        if (QWidget* widget = item->widget()) widget->deleteLater();
-        delete item;
-    }
-}
-
-// A titled card whose rows the page refills on every change.
-QVBoxLayout* section(const QString& heading, QVBoxLayout* into, QWidget* parent, QWidget** cardOut = nullptr) {
-    auto* card = new QFrame(parent);
-    card->setObjectName(QStringLiteral("card"));
-    auto* layout = new QVBoxLayout(card);
-    layout->setContentsMargins(22, 18, 22, 18);
-    layout->setSpacing(10);
-    auto* title = makeLabel(heading, "sectionTitle", card);
-    scaleFont(title, 1.15, QFont::DemiBold);
-    layout->addWidget(title);
-    auto* rows = new QVBoxLayout;
-    rows->setSpacing(12);
-    layout->addLayout(rows);
-    into->addWidget(card);
-    if (cardOut) *cardOut = card;
-    return rows;
-}
-
 QString fixLabel(StandingScore::FixAction action) {
     switch (action) {
     case StandingScore::FixAction::renew:
@@ -204,10 +179,10 @@ TodayPage::TodayPage(QWidget* parent) : QWidget(parent) {
     headerLayout->addLayout(words, 1);
     column->addWidget(header);
 
-    m_people = section(tr("Standing by person"), column, content, &m_peopleCard);
-    m_deductions = section(tr("What needs you"), column, content);
-    m_renewals = section(tr("Renewals in the next 90 days"), column, content);
-    m_licences = section(tr("Continuing education by licence"), column, content);
+    m_people = rowsCard(tr("Standing by person"), column, content, &m_peopleCard);
+    m_deductions = rowsCard(tr("What needs you"), column, content);
+    m_renewals = rowsCard(tr("Renewals in the next 90 days"), column, content);
+    m_licences = rowsCard(tr("Continuing education by licence"), column, content);
     column->addStretch(1);
 
     scrollPage(this, content, 1180);
@@ -218,8 +193,8 @@ QString TodayPage::headline() const { return m_headline->text(); }
 void TodayPage::display(const Readiness& readiness, const Day& today, bool managesOnly) {
     const StandingScore& score = readiness.score;
     m_headline->setText(text(score.headline));
-    clear(m_deductions);
-    clear(m_people);
+    clearRows(m_deductions);
+    clearRows(m_people);
     const bool several = !readiness.people.empty();
     m_peopleCard->setVisible(several);
     for (const auto& standing : readiness.people) m_people->addWidget(personRow(standing, this));
@@ -266,7 +241,7 @@ void TodayPage::display(const Readiness& readiness, const Day& today, bool manag
             m_deductions->addWidget(makeLabel(tr("Nothing is costing you points."), "detail", nullptr));
     }
 
-    clear(m_renewals);
+    clearRows(m_renewals);
     auto credentials = readiness.input.active();
     std::erase_if(credentials, [&](const Credential* c) {
         return !c->expiresOn || today.daysTo(*c->expiresOn) < 0 || today.daysTo(*c->expiresOn) > kRenewalHorizonDays;
@@ -287,7 +262,7 @@ void TodayPage::display(const Readiness& readiness, const Day& today, bool manag
     if (credentials.empty())
         m_renewals->addWidget(makeLabel(tr("No renewals due in the next 90 days."), "detail", nullptr));
 
-    clear(m_licences);
+    clearRows(m_licences);
     for (const auto& progress : readiness.progress)
         m_licences->addWidget(licenceRow(progress, readiness.input.who(progress.license.personId)));
     if (readiness.progress.empty()) {
