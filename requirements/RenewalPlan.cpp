@@ -7,35 +7,26 @@
 #include "requirements/USState.h"
 
 #include <algorithm>
-#include <map>
+#include <span>
 
 namespace corvale {
 namespace {
 
 constexpr int kMonths = 12;
 
-// The score on a day the plan looks at, computed once per day.
-class ScoreOnDay {
-public:
-    ScoreOnDay(const VaultDocument& document, const RequirementsFile* rules, std::optional<std::string_view> personId)
-        : m_document(document), m_rules(rules), m_personId(personId) {}
-
-    // The points a deduction with this id takes on `day`.
-    int points(const Day& day, const std::string& deductionId) {
-        auto found = m_scores.find(day);
-        if (found == m_scores.end())
-            found = m_scores.emplace(day, Readiness::compute(m_document, m_rules, day, m_personId).score).first;
-        for (const auto& deduction : found->second.deductions)
-            if (deduction.id == deductionId) return deduction.points;
-        return 0;
-    }
-
-private:
-    const VaultDocument& m_document;
-    const RequirementsFile* m_rules;
-    std::optional<std::string_view> m_personId;
-    std::map<Day, StandingScore> m_scores;
-};
+// The points one deduction takes on `day`, scored over that one record alone:
+// a whole office's score for every day the plan looks at would cost a
+// readiness per day.
+int pointsOn(const Day& day, std::span<const Credential> credential, std::vector<StandingInput::CMEGap> gaps,
+             const std::string& deductionId) {
+    StandingInput input;
+    input.credentials = credential;
+    input.cmeGaps = std::move(gaps);
+    input.today = day;
+    for (const auto& deduction : StandingScore::compute(input).deductions)
+        if (deduction.id == deductionId) return deduction.points;
+    return 0;
+}
 
 std::string withWhom(std::string title, const std::optional<std::string>& person) {
     return person ? title + " for " + *person : title;
@@ -61,7 +52,6 @@ RenewalPlan RenewalPlan::compute(const VaultDocument& document, const Requiremen
     const Day end = first.addingMonths(kMonths);  // the first day past the plan
 
     const auto readiness = Readiness::compute(document, rules, today, personId);
-    ScoreOnDay scores(document, rules, personId);
     std::vector<PlanEvent> events;
     const auto credentials = readiness.input.active();
     const auto titles = distinctTitles(credentials);
@@ -74,7 +64,7 @@ RenewalPlan RenewalPlan::compute(const VaultDocument& document, const Requiremen
         events.push_back({PlanEvent::Kind::expiry, expiry, credential.id, title + " expires",
                           filed ? "The renewal is filed; enter the new expiry date once it is granted."
                                 : "Renewal not filed yet.",
-                          scores.points(expiry.addingDays(1), "expired:" + credential.id)});
+                          pointsOn(expiry.addingDays(1), {&credential, 1}, {}, "expired:" + credential.id)});
         const auto leads = reminderLeadDays(credential, document.settings);
         if (filed || leads.empty()) continue;
         const Day opens = expiry.addingDays(-leads.front());
@@ -82,21 +72,22 @@ RenewalPlan RenewalPlan::compute(const VaultDocument& document, const Requiremen
         events.push_back({PlanEvent::Kind::renewalWindow, opens, credential.id, title + ": renewal window opens",
                           "Start the renewal: it expires " + std::to_string(leads.front()) + " days later, on " +
                               expiry.formatted() + ".",
-                          scores.points(opens, "due:" + credential.id)});
+                          pointsOn(opens, {&credential, 1}, {}, "due:" + credential.id)});
     }
     for (const auto& progress : readiness.progress) {
-        const std::string title = withWhom(renewTitle(progress.license), readiness.input.who(progress.license));
+        const auto whose = readiness.input.who(progress.license);
+        const std::string title = withWhom(renewTitle(progress.license), whose);
         const std::string state = USState::nameOf(progress.license.state.value_or(""));
         if (progress.cycleEnd >= today && progress.cycleEnd < end) {
             const double missing = progress.missingHours();
             events.push_back({PlanEvent::Kind::cycleEnd, progress.cycleEnd, progress.license.id,
-                              state + " education cycle ends" +
-                                  (readiness.input.who(progress.license) ? " for " + *readiness.input.who(progress.license)
-                                                                          : ""),
+                              withWhom(state + " education cycle ends", whose),
                               missing > 0 ? hoursText(missing, HoursRounding::up) + " " + progress.unit() +
                                                 " still to earn."
                                           : "Every hour is earned.",
-                              missing > 0 ? scores.points(progress.cycleEnd, "cme:" + progress.license.id) : 0});
+                              missing > 0 ? pointsOn(progress.cycleEnd, {}, {StandingInput::CMEGap::from(progress)},
+                                                     "cme:" + progress.license.id)
+                                          : 0});
         }
         OpenTopics open{title, state, progress.cycleEnd, {}};
         for (const auto& topic : progress.openTopics()) open.topics.push_back(topic.progressText());
