@@ -6,15 +6,13 @@
 #include "requirements/USState.h"
 
 #include <algorithm>
+#include <map>
 
 namespace corvale {
 namespace {
 
-std::vector<ReadinessReport::CredentialLine> credentialLines(const VaultDocument& document, const Person& person,
+std::vector<ReadinessReport::CredentialLine> credentialLines(const std::vector<const Credential*>& held,
                                                              const Day& today) {
-    std::vector<const Credential*> held;
-    for (const auto& credential : document.credentials)
-        if (!credential.deleted && credential.personId == person.id) held.push_back(&credential);
     const auto titles = distinctTitles(held);
     std::vector<ReadinessReport::CredentialLine> lines;
     for (std::size_t i = 0; i < held.size(); ++i) {
@@ -57,30 +55,40 @@ std::string lastScreening(const Person& person) {
     return sentence + ".";
 }
 
-bool holdsLiveCredential(const VaultDocument& document, const Person& person) {
-    return std::any_of(document.credentials.begin(), document.credentials.end(),
-                       [&](const Credential& c) { return !c.deleted && c.personId == person.id; });
-}
-
 }  // namespace
 
 std::optional<ReadinessReport> ReadinessReport::build(const VaultDocument& document, const RequirementsFile* rules,
                                                       const Day& today, std::optional<std::string_view> personId) {
     ReadinessReport report;
     report.preparedOn = today;
+    // One readiness for everyone in view, and the records grouped by person in one pass:
+    // a readiness per person would read the whole office once for each of them.
+    const auto readiness = Readiness::compute(document, rules, today, personId);
+    std::map<std::string_view, const StandingScore*, std::less<>> scores;
+    for (const auto& standing : readiness.people) scores.emplace(standing.personId, &standing.score);
+    std::map<std::string_view, std::vector<const Credential*>, std::less<>> held;
+    for (const auto& credential : document.credentials)
+        if (!credential.deleted) held[credential.personId].push_back(&credential);
+    std::map<std::string_view, std::vector<const StateProgress*>, std::less<>> cycles;
+    for (const auto& progress : readiness.progress) cycles[progress.license.personId].push_back(&progress);
+
     for (const auto& person : document.people) {
         if (person.deleted || (personId && person.id != *personId)) continue;
+        const auto ownCredentials = held.find(person.id);
         // An office report leaves out who only manages others, as Today does; asked for by name, they appear.
-        const bool scored = !person.managesOthersOnly() || holdsLiveCredential(document, person);
+        const bool scored = !person.managesOthersOnly() || ownCredentials != held.end();
         if (!personId && !scored) continue;
         PersonPart part{person.name, person.degree, std::nullopt, "Nothing of theirs to score.", {}, {}, {}};
         if (scored) {
-            const auto readiness = Readiness::compute(document, rules, today, person.id);
-            part.score = readiness.score.value;
-            part.headline = readiness.score.headline;
-            for (const auto& progress : readiness.progress) part.cycles.push_back(cycleLine(progress));
+            // With one person in view the readiness's own score is theirs.
+            const auto own = scores.find(person.id);
+            const StandingScore& score = own == scores.end() ? readiness.score : *own->second;
+            part.score = score.value;
+            part.headline = score.headline;
+            if (const auto found = cycles.find(person.id); found != cycles.end())
+                for (const StateProgress* progress : found->second) part.cycles.push_back(cycleLine(*progress));
         }
-        part.credentials = credentialLines(document, person, today);
+        if (ownCredentials != held.end()) part.credentials = credentialLines(ownCredentials->second, today);
         part.compliance = lastScreening(person);
         report.people.push_back(std::move(part));
     }
