@@ -18,6 +18,7 @@
 #include "app/TodayPage.h"
 #include "app/WheelGuard.h"
 #include "app/WindowBeacon.h"
+#include "app/PlanPage.h"
 #include "app/ReportPage.h"
 #include "records/RecordLink.h"
 #include "requirements/Readiness.h"
@@ -122,6 +123,9 @@ MainWindow::MainWindow(const VaultStoreSetup& setup, const Requirements& require
         const int index = m_person->findData(personId);
         if (index >= 0) m_person->setCurrentIndex(index);
     });
+    m_plan = new PlanPage(*m_context, m_screens);
+    addScreen(QStringLiteral("plan"), tr("Plan"), m_plan);
+    connect(m_plan, &PlanPage::fixRequested, this, &MainWindow::openFix);
     m_licenses = new LicensesPage(*m_context, m_screens);
     addScreen(QStringLiteral("licenses"), tr("Licenses"), m_licenses);
     m_cme = new CMEPage(*m_context, m_screens);

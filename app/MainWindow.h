@@ -44,6 +44,7 @@ class SettingsPage;
 class StartProblemPage;
 class WindowBeacon;
 class ReportPage;
+class PlanPage;
 class TodayPage;
 
 class MainWindow : public QWidget {
@@ -67,8 +68,8 @@ public:
     void start();
     // Shows the page the phase calls for and recomputes what every screen shows.
     void refresh();
-    // "opening", "problem", "onboarding", "lock", or the screen in view: "today", "licenses", "cme", "report",
-    // "profile", "settings".
+    // "opening", "problem", "onboarding", "lock", or the screen in view: "today", "plan", "licenses", "cme",
+    // "report", "profile", "settings".
     QString pageName() const;
     void showScreen(const QString& name);
     // Brings the window forward on a corvale:// link: Today, or a credential or
@@ -90,6 +91,7 @@ public:
     CMEPage* cmePage() const { return m_cme; }
     ProfilePage* profilePage() const { return m_profile; }
     ReportPage* reportPage() const { return m_report; }
+    PlanPage* planPage() const { return m_plan; }
     SettingsPage* settingsPage() const { return m_settings; }
     QComboBox* personSwitcher() const { return m_person; }
     SessionWatcher* sessionWatcher() const { return m_session; }
@@ -151,6 +153,7 @@ private:
     LicensesPage* m_licenses = nullptr;
     CMEPage* m_cme = nullptr;
     ReportPage* m_report = nullptr;
+    PlanPage* m_plan = nullptr;
     ProfilePage* m_profile = nullptr;
     SettingsPage* m_settings = nullptr;
     std::vector<Screen*> m_screenList;

@@ -130,8 +130,9 @@ private slots:
         }
         testing::ShownWindow shown(testing::fillSampleOffice);
         MainWindow& window = shown.window;
-        const QStringList screens{QStringLiteral("today"), QStringLiteral("licenses"), QStringLiteral("cme"),
-                                  QStringLiteral("profile"), QStringLiteral("settings")};
+        const QStringList screens{QStringLiteral("today"),  QStringLiteral("plan"),    QStringLiteral("licenses"),
+                                  QStringLiteral("cme"),    QStringLiteral("report"),  QStringLiteral("profile"),
+                                  QStringLiteral("settings")};
         for (int screen = 0; screen < screens.size(); ++screen) {
             QTest::keyClick(&window, static_cast<Qt::Key>(Qt::Key_1 + screen), Qt::ControlModifier);
             QTest::qWait(20);
@@ -175,7 +176,7 @@ private slots:
     void aScreenSwitchFocusesThePageNotAnAction() {
         testing::ShownWindow shown(testing::fillSampleVault);
         MainWindow& window = shown.window;
-        for (int screen = 0; screen < 5; ++screen) {
+        for (int screen = 0; screen < 7; ++screen) {
             QTest::keyClick(&window, static_cast<Qt::Key>(Qt::Key_1 + screen), Qt::ControlModifier);
             QWidget* focus = QApplication::focusWidget();
             QVERIFY2(!qobject_cast<QAbstractButton*>(focus),

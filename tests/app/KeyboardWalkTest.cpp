@@ -75,7 +75,7 @@ private slots:
         QCOMPARE(doc.people.at(0).name, std::string("Maya Chen"));
 
         // Licenses, a new credential: the editor opens on its first field, the kind.
-        key(Qt::Key_2, Qt::ControlModifier);
+        key(Qt::Key_3, Qt::ControlModifier);
         QTRY_COMPARE(window.pageName(), QStringLiteral("licenses"));
         key(Qt::Key_N, Qt::ControlModifier);
         QTRY_COMPARE(nameOf(focused()), QStringLiteral("Kind"));
@@ -95,7 +95,7 @@ private slots:
         QCOMPARE(california->expiresOn, std::optional(Day{2028, 1, 31}));
 
         // CME: log an activity and save it, all from the keyboard.
-        key(Qt::Key_3, Qt::ControlModifier);
+        key(Qt::Key_4, Qt::ControlModifier);
         QTRY_COMPARE(window.pageName(), QStringLiteral("cme"));
         key(Qt::Key_N, Qt::ControlModifier);
         QTRY_COMPARE(nameOf(focused()), QStringLiteral("Title"));
@@ -112,7 +112,7 @@ private slots:
 
         // Settings: a backup, its passphrase typed twice. Only the file name is handed over,
         // as the desktop's own file chooser would.
-        key(Qt::Key_6, Qt::ControlModifier);
+        key(Qt::Key_7, Qt::ControlModifier);
         QTRY_COMPARE(window.pageName(), QStringLiteral("settings"));
         QTemporaryDir disk;  // a backup goes to the real disk, to be carried off this computer
         QVERIFY(disk.isValid());

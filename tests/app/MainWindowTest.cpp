@@ -1006,8 +1006,9 @@ private slots:
         screenshot(window, "window-today");
 
         // Every screen by keyboard, in sidebar order, each photographed in the whole window.
-        const QStringList names{QStringLiteral("today"),  QStringLiteral("licenses"), QStringLiteral("cme"),
-                                QStringLiteral("report"), QStringLiteral("profile"),  QStringLiteral("settings")};
+        const QStringList names{QStringLiteral("today"), QStringLiteral("plan"),    QStringLiteral("licenses"),
+                                QStringLiteral("cme"),   QStringLiteral("report"),  QStringLiteral("profile"),
+                                QStringLiteral("settings")};
         for (int row = 0; row < names.size(); ++row) {
             QTest::keyClick(&window, static_cast<Qt::Key>(Qt::Key_1 + row), Qt::ControlModifier);
             QCOMPARE(window.pageName(), names[row]);

@@ -135,7 +135,7 @@ private slots:
             const QColor ringOnAccent = themeColor(ColorRole::focusOnAccent, dark);
             QStringList failures;
             int checked = 0;
-            for (int screen = 0; screen < 5; ++screen) {
+            for (int screen = 0; screen < 7; ++screen) {
                 QTest::keyClick(&window, static_cast<Qt::Key>(Qt::Key_1 + screen), Qt::ControlModifier);
                 QTest::qWait(20);
                 for (auto* control : focusableControls(window)) {
@@ -193,8 +193,8 @@ private slots:
             DesktopScheme scheme(dark);
             testing::ShownWindow shown(testing::fillSampleOffice);
             MainWindow& window = shown.window;
-            const char* const names[] = {"today", "licenses", "cme", "report", "profile", "settings"};
-            for (int screen = 0; screen < 6; ++screen) {
+            const char* const names[] = {"today", "plan", "licenses", "cme", "report", "profile", "settings"};
+            for (int screen = 0; screen < 7; ++screen) {
                 QTest::keyClick(&window, static_cast<Qt::Key>(Qt::Key_1 + screen), Qt::ControlModifier);
                 QCOMPARE(window.pageName(), QString::fromLatin1(names[screen]));
                 for (const QSize size : {QSize(1920, 1080), QSize(900, 600)}) {
