@@ -19,10 +19,14 @@
 
 #include <QAbstractButton>
 #include <QAbstractSpinBox>
+#include <QApplication>
 #include <QComboBox>
 #include <QDir>
+#include <QFile>
 #include <QLabel>
 #include <QLineEdit>
+#include <QPalette>
+#include <QStyle>
 #include <QTest>
 #include <QVBoxLayout>
 #include <QWidget>
@@ -76,30 +80,77 @@ inline const Requirements& rules() {
     return requirements;
 }
 
-// A store over the device with its own context, for testing one screen alone.
-struct OpenVault {
-    Device device;
-    VaultStore store{device.setup()};
-    AppContext context{store, rules(), device.clock, nullptr, {}};
-};
-
 // Dr. Maya Chen, internist in Texas and California with a DEA registration,
 // the cards and policy a hospitalist carries, and a year of CME; some of it
 // current, some due soon, one copy attached.
 void fillSampleVault(VaultStore& store);
 // An office: the sample clinician with a nurse and a PA beside her.
 void fillSampleOffice(VaultStore& store);
+// An activity as a clinician logs it, for tests that add their own beside the samples'.
+CMEActivity activity(const std::string& personId, const std::string& title, std::optional<std::string> provider, Day on,
+                     double hours, const std::string& category, std::vector<std::string> topics = {});
 
-// A main window on a device of its own, filled, shown and started, as a user first meets it.
-struct ShownWindow {
+// The screens in sidebar order, which Ctrl+1 to Ctrl+7 open.
+inline const QStringList& screenNames() {
+    static const QStringList names{"today", "plan", "licenses", "cme", "report", "profile", "settings"};
+    return names;
+}
+
+// A store over the device with its own context, for testing one screen alone.
+struct OpenVault {
     Device device;
-    MainWindow window{device.setup(), rules()};
-    explicit ShownWindow(void (*fill)(VaultStore&) = nullptr) {
-        if (fill) fill(window.store());
-        window.show();
-        window.start();
-        (void)QTest::qWaitForWindowActive(&window);
+    VaultStore store{device.setup()};
+    AppContext context{store, rules(), device.clock, nullptr, {}};
+
+    explicit OpenVault(void (*fill)(VaultStore&) = nullptr) {
+        if (fill) fill(store);
     }
+};
+
+// A main window over a device the test holds elsewhere, shown and started.
+struct StartedWindow : MainWindow {
+    explicit StartedWindow(Device& device) : MainWindow(device.setup(), rules()) {
+        show();
+        start();
+    }
+};
+
+// Made before the window that runs on it, and so gone only after it.
+struct OwnDevice {
+    Device device;
+};
+// A main window on a device of its own, filled, shown and started, as a user first meets it.
+struct ShownWindow : OwnDevice, MainWindow {
+    MainWindow& window = *this;  // for tests that hold the window apart from its device
+    explicit ShownWindow(void (*fill)(VaultStore&) = nullptr) : MainWindow(device.setup(), rules()) {
+        if (fill) fill(store());
+        show();
+        start();
+        (void)QTest::qWaitForWindowActive(this);
+    }
+};
+
+// What a dark desktop hands the app: its own palette, not the theme's.
+inline QPalette darkDesktop() {
+    QPalette palette;
+    palette.setColor(QPalette::Window, QColor(0x20, 0x20, 0x20));
+    palette.setColor(QPalette::WindowText, QColor(0xf0, 0xf0, 0xf0));
+    palette.setColor(QPalette::Base, QColor(0x2a, 0x2a, 0x2a));
+    palette.setColor(QPalette::Text, QColor(0xf0, 0xf0, 0xf0));
+    palette.setColor(QPalette::Button, QColor(0x30, 0x30, 0x30));
+    palette.setColor(QPalette::ButtonText, QColor(0xf0, 0xf0, 0xf0));
+    palette.setColor(QPalette::Highlight, QColor(0xf0, 0xf0, 0xf0));
+    palette.setColor(QPalette::HighlightedText, QColor(0xff, 0xff, 0xff));
+    return palette;
+}
+
+// Sets the desktop's scheme for one test and puts the one before back after.
+struct DesktopScheme {
+    QPalette before = QApplication::palette();
+    explicit DesktopScheme(bool dark) {
+        QApplication::setPalette(dark ? darkDesktop() : QApplication::style()->standardPalette());
+    }
+    ~DesktopScheme() { QApplication::setPalette(before); }
 };
 
 // A bare window styled as the app's, holding one screen, to drive or photograph it alone.
@@ -200,6 +251,28 @@ inline void screenshot(QWidget& widget, const QString& name, QSize size = {1280,
     QVERIFY2(misplaced.isEmpty(), qPrintable(name + QStringLiteral(": ") + misplaced.join(QStringLiteral(" | "))));
 }
 
+// What a file on the real disk holds; nothing when it can't be read.
+inline QByteArray readFile(const QString& path) {
+    QFile file(path);
+    return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
+}
+
+// A file on the real disk, where a file dialog would find it.
+inline void writeFile(const QString& path, const QByteArray& bytes) {
+    QFile file(path);
+    if (!file.open(QIODevice::WriteOnly | QIODevice::Truncate) || file.write(bytes) != bytes.size())
+        qFatal("cannot write %s", qPrintable(path));
+}
+
+// A file carried from one device's disk to another's, as a synced folder would.
+inline void copyFile(FileSystem& from, const std::filesystem::path& source, FileSystem& to,
+                     const std::filesystem::path& target) {
+    auto bytes = from.readFile(source);
+    if (!bytes.ok() || !to.createDirectories(target.parent_path()).ok() ||
+        !to.replaceFileAtomically(target, *bytes).ok())
+        qFatal("cannot copy %s", source.c_str());
+}
+
 template <class Widget>
 Widget* named(QWidget& root, const QString& accessibleName) {
     for (auto* widget : root.findChildren<Widget*>())
@@ -225,6 +298,21 @@ inline QComboBox* list(QWidget& root, const QString& name) {
     auto* found = named<QComboBox>(root, name);
     if (!found) qFatal("no list %s", qPrintable(name));
     return found;
+}
+
+// Types into the field of that name the user can see, where a screen holds several.
+inline void fill(QWidget& root, const QString& name, const QString& text) {
+    for (auto* edit : root.findChildren<QLineEdit*>())
+        if (edit->accessibleName() == name && edit->isVisibleTo(&root)) return edit->setText(text);
+    field(root, name)->setText(text);
+}
+
+// Picks the item whose value, or else whose text, is `item`.
+inline void choose(QWidget& root, const QString& name, const QString& item) {
+    QComboBox* box = list(root, name);
+    const int index = box->findData(item) >= 0 ? box->findData(item) : box->findText(item);
+    if (index < 0) qFatal("no %s in list %s", qPrintable(item), qPrintable(name));
+    box->setCurrentIndex(index);
 }
 
 // The problem a label shows, or nothing while it is hidden.

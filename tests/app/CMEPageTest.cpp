@@ -7,25 +7,24 @@
 #include "app/UnsavedEdits.h"
 
 #include <QAbstractItemView>
-#include <QApplication>
 #include <QCheckBox>
-#include <QFile>
 #include <QFileInfo>
 #include <QLabel>
-#include <QPalette>
 #include <QPlainTextEdit>
 #include <QPushButton>
 #include <QSignalSpy>
 #include <QTableView>
 #include <QTemporaryDir>
-#include <QVBoxLayout>
 
 #include <algorithm>
 
 namespace corvale::app {
 
+using testing::choose;
+using testing::fill;
 using testing::named;
 using testing::OpenVault;
+using testing::problem;
 
 namespace {
 
@@ -70,25 +69,6 @@ const CMEActivity* activityTitled(const VaultDocument& doc, const std::string& t
     return nullptr;
 }
 
-void fill(QWidget& root, const QString& accessibleName, const QString& text) {
-    auto* edit = named<QLineEdit>(root, accessibleName);
-    QVERIFY2(edit, qPrintable(QStringLiteral("no field ") + accessibleName));
-    edit->setText(text);
-}
-
-void choose(QWidget& root, const QString& accessibleName, const QString& text) {
-    auto* box = named<QComboBox>(root, accessibleName);
-    QVERIFY2(box, qPrintable(QStringLiteral("no list ") + accessibleName));
-    const int index = box->findText(text);
-    QVERIFY2(index >= 0, qPrintable(text));
-    box->setCurrentIndex(index);
-}
-
-QString shownError(QWidget& root, const QString& accessibleName) {
-    auto* label = named<QLabel>(root, accessibleName);
-    return label && label->isVisibleTo(&root) ? label->text() : QString();
-}
-
 // Cards replaced on a reload linger hidden until the event loop deletes them.
 QString labelText(QWidget& root, const QString& accessibleName) {
     for (auto* label : root.findChildren<QLabel*>())
@@ -117,19 +97,12 @@ class CMEPageTest : public QObject {
 
 private slots:
     void listsTheLiveActivitiesOfThePeopleInView() {
-        OpenVault vault;
-        testing::fillSampleOffice(vault.store);
+        OpenVault vault(testing::fillSampleOffice);
         const std::string maya = vault.store.doc().people.at(0).id;
         const std::string jordan = vault.store.doc().people.at(1).id;
         QVERIFY(vault.store.change([&](VaultDocument& doc) {
             doc.cme.at(0).deleted = true;  // the board review
-            CMEActivity half;
-            half.id = newUUID();
-            half.personId = maya;
-            half.title = "Sepsis update";
-            half.completedOn = Day{2026, 10, 2};
-            half.hours = 1.5;
-            half.category = "cat1";
+            CMEActivity half = testing::activity(maya, "Sepsis update", std::nullopt, Day{2026, 10, 2}, 1.5, "cat1");
             half.documentIds = {"certificate"};
             doc.cme.push_back(half);
         }).ok());
@@ -157,34 +130,33 @@ private slots:
         QCOMPARE(column(page, ActivityListModel::Topics).at(ethics), QStringLiteral("Medical ethics"));
         // 2 + 3 + 1 + 6 + 1.5 of Maya's and 16 of Jordan's.
         QCOMPARE(page.footerText(), QStringLiteral("6 activities, 29.5 hours"));
+        // Every provider's cycles, each saying whose it is.
+        const auto cycles = [&] {
+            QStringList names;
+            for (auto* ring : page.findChildren<ProgressRing*>())
+                if (!ring->parentWidget()->isHidden()) names << ring->accessibleName();
+            names.sort();
+            return names;
+        };
+        QCOMPARE(cycles(), QStringList({QStringLiteral("California · Maya Chen cycle progress"),
+                                        QStringLiteral("Texas · Jordan Reyes cycle progress"),
+                                        QStringLiteral("Texas · Maya Chen cycle progress"),
+                                        QStringLiteral("Texas · Priya Natarajan cycle progress")}));
 
         vault.store.setScopePersonId(jordan);
         page.reload();
         QCOMPARE(titles(page), liveTitles(vault.store.doc(), jordan));
         QVERIFY(personColumnHidden(page));
+        QCOMPARE(cycles(), QStringList({QStringLiteral("Texas cycle progress")}));
     }
 
     void filtersNarrowTheListToWhatCounts() {
-        OpenVault vault;
-        testing::fillSampleVault(vault.store);
+        OpenVault vault(testing::fillSampleVault);
         const std::string maya = vault.store.doc().people.at(0).id;
         // Inside California's cycle (from Jan 31, 2025) but before Texas's (from May 31, 2025).
         QVERIFY(vault.store.change([&](VaultDocument& doc) {
-            CMEActivity early;
-            early.id = newUUID();
-            early.personId = maya;
-            early.title = "Point-of-care ultrasound";
-            early.provider = "SCCM";
-            early.completedOn = Day{2025, 3, 1};
-            early.hours = 8;
-            early.category = "cat1";
-            doc.cme.push_back(early);
-            CMEActivity winter = early;
-            winter.id = newUUID();
-            winter.title = "Winter grand rounds";
-            winter.completedOn = Day{2025, 12, 10};
-            winter.hours = 1;
-            doc.cme.push_back(winter);
+            doc.cme.push_back(testing::activity(maya, "Point-of-care ultrasound", "SCCM", Day{2025, 3, 1}, 8, "cat1"));
+            doc.cme.push_back(testing::activity(maya, "Winter grand rounds", "SCCM", Day{2025, 12, 10}, 1, "cat1"));
         }).ok());
         CMEPage page(vault.context);
         QCOMPARE(titles(page).size(), 7);
@@ -227,30 +199,8 @@ private slots:
         QCOMPARE(titles(page).size(), 6);
     }
 
-    // An office with no one chosen sees every provider's cycles, each saying whose it is.
-    void everyoneSeesEachProvidersCyclesWithWhoseTheyAre() {
-        OpenVault vault;
-        testing::fillSampleOffice(vault.store);
-        CMEPage page(vault.context);
-        const auto cycles = [&] {
-            QStringList names;
-            for (auto* ring : page.findChildren<ProgressRing*>())
-                if (!ring->parentWidget()->isHidden()) names << ring->accessibleName();
-            names.sort();
-            return names;
-        };
-        QCOMPARE(cycles(), QStringList({QStringLiteral("California · Maya Chen cycle progress"),
-                                        QStringLiteral("Texas · Jordan Reyes cycle progress"),
-                                        QStringLiteral("Texas · Maya Chen cycle progress"),
-                                        QStringLiteral("Texas · Priya Natarajan cycle progress")}));
-        vault.store.setScopePersonId(vault.store.doc().people.at(1).id);
-        page.reload();
-        QCOMPARE(cycles(), QStringList({QStringLiteral("Texas cycle progress")}));
-    }
-
     void topicsOfferedComeFromThePersonsOwnStates() {
-        OpenVault vault;
-        testing::fillSampleOffice(vault.store);
+        OpenVault vault(testing::fillSampleOffice);
         const std::string maya = vault.store.doc().people.at(0).id;
         const std::string jordan = vault.store.doc().people.at(1).id;
         CMEPage page(vault.context);
@@ -298,8 +248,7 @@ private slots:
     }
 
     void loggingForALicenceMovesItsCard() {
-        OpenVault vault;
-        testing::fillSampleVault(vault.store);
+        OpenVault vault(testing::fillSampleVault);
         const std::string maya = vault.store.doc().people.at(0).id;
         const QString california = QString::fromStdString(licenceId(vault.store.doc(), maya, "CA"));
         CMEPage page(vault.context);
@@ -309,9 +258,7 @@ private slots:
         QCOMPARE(labelText(page, QStringLiteral("California summary")), QStringLiteral("36 of 50 CME hours"));
         QVERIFY(labelText(page, QStringLiteral("California open topics")).contains(QStringLiteral("Pain management, 9 h left")));
 
-        auto* logForCalifornia = testing::button(page, QStringLiteral("Log CME for California"));
-        QVERIFY(logForCalifornia);
-        logForCalifornia->click();
+        QVERIFY(testing::press(page, QStringLiteral("Log CME for California")));
         ActivityEditor& editor = *page.editor();
         QVERIFY(editor.isEditing());
         // The licence's open topic is suggested, not ticked for the user.
@@ -354,8 +301,7 @@ private slots:
     }
 
     void wrongInputIsExplainedAndNothingIsWritten() {
-        OpenVault vault;
-        testing::fillSampleVault(vault.store);
+        OpenVault vault(testing::fillSampleVault);
         CMEPage page(vault.context);
         ActivityEditor& editor = *page.editor();
         const std::size_t before = vault.store.doc().cme.size();
@@ -375,29 +321,29 @@ private slots:
         QVERIFY(named<QLineEdit>(editor, QStringLiteral("Title"))->text().isEmpty());
         fill(editor, QStringLiteral("Completed on"), QString());
         QVERIFY(!editor.save());
-        QCOMPARE(shownError(editor, QStringLiteral("Title error")), QStringLiteral("Enter the activity's title."));
-        QCOMPARE(shownError(editor, QStringLiteral("Completed on error")), QStringLiteral("Enter the day you completed it."));
-        QCOMPARE(shownError(editor, QStringLiteral("Hours error")), QStringLiteral("Enter the hours it earned."));
+        QCOMPARE(problem(editor, QStringLiteral("Title error")), QStringLiteral("Enter the activity's title."));
+        QCOMPARE(problem(editor, QStringLiteral("Completed on error")), QStringLiteral("Enter the day you completed it."));
+        QCOMPARE(problem(editor, QStringLiteral("Hours error")), QStringLiteral("Enter the hours it earned."));
 
         fill(editor, QStringLiteral("Title"), QStringLiteral("Stroke update"));
         fill(editor, QStringLiteral("Completed on"), QStringLiteral("2026-02-30"));
         fill(editor, QStringLiteral("Hours"), QStringLiteral("0"));
         fill(editor, QStringLiteral("Cost"), QStringLiteral("free"));
         QVERIFY(!editor.save());
-        QVERIFY(shownError(editor, QStringLiteral("Title error")).isEmpty());
-        QCOMPARE(shownError(editor, QStringLiteral("Completed on error")),
+        QVERIFY(problem(editor, QStringLiteral("Title error")).isEmpty());
+        QCOMPARE(problem(editor, QStringLiteral("Completed on error")),
                  QStringLiteral("There's no 2026-02-30 on the calendar, so check the day and month."));
-        QCOMPARE(shownError(editor, QStringLiteral("Hours error")), QStringLiteral("Enter the hours as a number above 0."));
-        QCOMPARE(shownError(editor, QStringLiteral("Cost error")),
+        QCOMPARE(problem(editor, QStringLiteral("Hours error")), QStringLiteral("Enter the hours as a number above 0."));
+        QCOMPARE(problem(editor, QStringLiteral("Cost error")),
                  QStringLiteral("Enter the cost in dollars, or leave it blank."));
 
         fill(editor, QStringLiteral("Completed on"), QStringLiteral("2026-11-23"));  // tomorrow
         fill(editor, QStringLiteral("Hours"), QStringLiteral("1.125"));
         fill(editor, QStringLiteral("Cost"), QString());
         QVERIFY(!editor.save());
-        QCOMPARE(shownError(editor, QStringLiteral("Completed on error")),
+        QCOMPARE(problem(editor, QStringLiteral("Completed on error")),
                  QStringLiteral("That day is still ahead. Enter the day you completed it."));
-        QCOMPARE(shownError(editor, QStringLiteral("Hours error")), QStringLiteral("Use at most two decimals for the hours."));
+        QCOMPARE(problem(editor, QStringLiteral("Hours error")), QStringLiteral("Use at most two decimals for the hours."));
 
         QCOMPARE(vault.store.doc().cme.size(), before);
         QVERIFY(!vault.store.hasPendingSave());
@@ -414,8 +360,7 @@ private slots:
     }
 
     void anEditKeepsWhatTheEditorDoesNotShow() {
-        OpenVault vault;
-        testing::fillSampleVault(vault.store);
+        OpenVault vault(testing::fillSampleVault);
         QVERIFY(vault.store.change([](VaultDocument& doc) {
             doc.cme.at(1).extra["accreditationId"] = JSONValue(std::string("ACCME-55102"));
             doc.cme.at(1).boardApproved = true;
@@ -449,8 +394,7 @@ private slots:
     }
 
     void anActivityBeingEditedIsNotLeftSilently() {
-        OpenVault vault;
-        testing::fillSampleVault(vault.store);
+        OpenVault vault(testing::fillSampleVault);
         CMEPage page(vault.context);
         ActivityEditor& editor = *page.editor();
         const std::string first = vault.store.doc().cme.at(0).id;
@@ -491,17 +435,12 @@ private slots:
     }
 
     void certificatesAreStoredAsCMEDocuments() {
-        OpenVault vault;
-        testing::fillSampleVault(vault.store);
+        OpenVault vault(testing::fillSampleVault);
         const std::string maya = vault.store.doc().people.at(0).id;
         QTemporaryDir folder;
         QVERIFY(folder.isValid());
         const QString path = folder.filePath(QStringLiteral("BLS certificate.pdf"));
-        {
-            QFile file(path);
-            QVERIFY(file.open(QIODevice::WriteOnly));
-            file.write("%PDF-1.4\n1 0 obj << /Type /Catalog >> endobj\ntrailer << /Root 1 0 R >>\n%%EOF\n");
-        }
+        testing::writeFile(path, "%PDF-1.4\n1 0 obj << /Type /Catalog >> endobj\ntrailer << /Root 1 0 R >>\n%%EOF\n");
         const std::string id = vault.store.doc().cme.at(4).id;
         const std::size_t documentsBefore = vault.store.doc().documents.size();
         CMEPage page(vault.context);
@@ -516,7 +455,7 @@ private slots:
 
         page.editActivity(QString::fromStdString(id));
         QVERIFY(!page.editor()->attachFile(folder.filePath(QStringLiteral("missing.pdf"))));
-        QVERIFY(shownError(*page.editor(), QStringLiteral("Certificates error")).contains(QStringLiteral("missing.pdf")));
+        QVERIFY(problem(*page.editor(), QStringLiteral("Certificates error")).contains(QStringLiteral("missing.pdf")));
         QCOMPARE(vault.store.doc().documents.size(), documentsBefore + 1);
 
         QVERIFY(page.editor()->attachFile(path));
@@ -547,17 +486,14 @@ private slots:
         // The plain copy to open holds the very bytes attached.
         const auto copy = vault.store.temporaryFile(stored.id);
         QVERIFY(copy.ok());
-        QFile plain(QString::fromStdString(copy->string()));
-        QVERIFY(plain.open(QIODevice::ReadOnly));
-        QFile original(path);
-        QVERIFY(original.open(QIODevice::ReadOnly));
-        QCOMPARE(plain.readAll(), original.readAll());
+        const QByteArray attached = testing::readFile(path);
+        QVERIFY(!attached.isEmpty());
+        QCOMPARE(testing::readFile(QString::fromStdString(copy->string())), attached);
         QVERIFY(vault.store.clearTemporaryFiles().ok());
     }
 
     void deletingLeavesATombstoneThatUndoBringsBack() {
-        OpenVault vault;
-        testing::fillSampleVault(vault.store);
+        OpenVault vault(testing::fillSampleVault);
         CMEPage page(vault.context);
         page.show();
         QVERIFY(QTest::qWaitForWindowExposed(&page));
@@ -603,53 +539,24 @@ private slots:
     }
 
     void screenshotOfLoggingForTexas() {
+        // An office in view is photographed on every screen by ThemeTest and MainWindowTest.
         for (const bool dark : {false, true}) {
-            const QPalette original = QApplication::palette();
-            if (dark) {
-                QPalette palette;
-                palette.setColor(QPalette::Window, QColor(0x1e, 0x21, 0x25));
-                palette.setColor(QPalette::WindowText, QColor(0xe6, 0xe8, 0xeb));
-                palette.setColor(QPalette::Base, QColor(0x26, 0x2a, 0x30));
-                palette.setColor(QPalette::AlternateBase, QColor(0x2b, 0x30, 0x36));
-                palette.setColor(QPalette::Text, QColor(0xe6, 0xe8, 0xeb));
-                palette.setColor(QPalette::Button, QColor(0x2f, 0x34, 0x3b));
-                palette.setColor(QPalette::ButtonText, QColor(0xe6, 0xe8, 0xeb));
-                palette.setColor(QPalette::Mid, QColor(0x4a, 0x50, 0x58));
-                palette.setColor(QPalette::Midlight, QColor(0x3a, 0x3f, 0x46));
-                palette.setColor(QPalette::PlaceholderText, QColor(0x8a, 0x93, 0x9e));
-                for (const auto role : {QPalette::WindowText, QPalette::Text, QPalette::ButtonText})
-                    palette.setColor(QPalette::Disabled, role, QColor(0x6b, 0x74, 0x80));
-                QApplication::setPalette(palette);
-            }
-            OpenVault vault;
-            testing::fillSampleVault(vault.store);
+            testing::DesktopScheme scheme(dark);
+            OpenVault vault(testing::fillSampleVault);
             const std::string maya = vault.store.doc().people.at(0).id;
             testing::StyledWindow window;
             auto* page = window.hold(new CMEPage(vault.context, &window));
             page->logActivity(QString::fromStdString(licenceId(vault.store.doc(), maya, "TX")));
             fill(*page->editor(), QStringLiteral("Title"), QStringLiteral("Opioid prescribing and pain management"));
             fill(*page->editor(), QStringLiteral("Provider"), QStringLiteral("Texas Medical Association"));
-            window.resize(1280, 800);
             window.show();
             QVERIFY(QTest::qWaitForWindowExposed(&window));
             testing::screenshot(window, dark ? QStringLiteral("cme-dark") : QStringLiteral("cme"));
-            QApplication::setPalette(original);
         }
-
-        // An office with everyone in view: whose cycles the cards show, and whose each activity is.
-        OpenVault vault;
-        testing::fillSampleOffice(vault.store);
-        testing::StyledWindow window;
-        window.hold(new CMEPage(vault.context, &window));
-        window.resize(1280, 800);
-        window.show();
-        QVERIFY(QTest::qWaitForWindowExposed(&window));
-        testing::screenshot(window, QStringLiteral("cme-office"));
     }
 
     void aLargeOfficeStaysQuick() {
-        OpenVault vault;
-        testing::fillSampleOffice(vault.store);
+        OpenVault vault(testing::fillSampleOffice);
         const std::string jordan = vault.store.doc().people.at(1).id;
         QVERIFY(vault.store.change([](VaultDocument& doc) {
             const CMEActivity model = doc.cme.front();

@@ -13,9 +13,6 @@
 
 namespace corvale::app {
 
-using testing::Device;
-using testing::rules;
-
 namespace {
 
 QWidget* focused() { return QApplication::focusWidget(); }
@@ -51,12 +48,8 @@ class KeyboardWalkTest : public QObject {
 
 private slots:
     void onboardingALicenceCMEAndABackupWithTheKeyboardAlone() {
-        Device device;
-        MainWindow window(device.setup(), rules());
+        testing::ShownWindow window;
         window.resize(1280, 800);
-        window.show();
-        window.start();
-        QVERIFY(QTest::qWaitForWindowActive(&window));
         QCOMPARE(window.pageName(), QStringLiteral("onboarding"));
 
         // Onboarding starts in its first field.

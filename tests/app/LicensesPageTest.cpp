@@ -20,7 +20,6 @@
 #include <QStandardItemModel>
 #include <QTemporaryDir>
 #include <QTreeView>
-#include <QVBoxLayout>
 #include <QWheelEvent>
 
 #include <algorithm>
@@ -29,6 +28,8 @@
 namespace corvale::app {
 
 using namespace std::chrono_literals;
+using testing::choose;
+using testing::fill;
 using testing::named;
 using testing::OpenVault;
 
@@ -97,25 +98,20 @@ QString idOf(const VaultStore& store, const std::string& kind, std::optional<std
     return found ? QString::fromStdString(found->id) : QString();
 }
 
-void setText(CredentialEditor& editor, const QString& field, const QString& value) {
-    auto* edit = named<QLineEdit>(editor, field);
-    QVERIFY2(edit, qPrintable(QStringLiteral("no field ") + field));
-    edit->setText(value);
-}
-
-void choose(QWidget& root, const QString& field, const QString& data) {
-    auto* box = named<QComboBox>(root, field);
-    QVERIFY2(box, qPrintable(QStringLiteral("no list ") + field));
-    box->setCurrentIndex(box->findData(data));
-    QVERIFY2(box->currentIndex() >= 0, qPrintable(data));
-}
-
 bool shown(CredentialEditor& editor, const QString& field) {
     auto* widget = named<QWidget>(editor, field);
     return widget && widget->isVisibleTo(&editor);
 }
 
 Timestamp now(OpenVault& vault) { return Timestamp::now(vault.device.clock); }
+
+// The screen over a filled vault, loaded as the window loads it.
+struct Loaded {
+    OpenVault vault;
+    LicensesPage page{vault.context};
+    CredentialEditor& editor = *page.editor();
+    explicit Loaded(void (*fill)(VaultStore&) = testing::fillSampleVault) : vault(fill) { page.reload(); }
+};
 
 }  // namespace
 
@@ -124,8 +120,8 @@ class LicensesPageTest : public QObject {
 
 private slots:
     void listsLiveCredentialsInScopeByStatusKindAndPerson() {
-        OpenVault vault;
-        testing::fillSampleOffice(vault.store);
+        Loaded loaded(testing::fillSampleOffice);
+        auto& [vault, page, editor] = loaded;
         const QString acls = idOf(vault.store, "acls");
         QVERIFY(vault.store
                     .change([&](VaultDocument& doc) {
@@ -133,7 +129,6 @@ private slots:
                             if (c.id == acls.toStdString()) c.deleted = true;
                     })
                     .ok());
-        LicensesPage page(vault.context);
         page.reload();
 
         QCOMPARE(groupTitles(page), (QStringList{"Expired · 1", "Due within 90 days · 5", "Current · 4"}));
@@ -221,8 +216,7 @@ private slots:
     }
 
     void anEmptyVaultInvitesTheFirstCredential() {
-        OpenVault vault;
-        testing::fillSampleVault(vault.store);
+        OpenVault vault(testing::fillSampleVault);
         QVERIFY(vault.store
                     .change([](VaultDocument& doc) {
                         for (auto& c : doc.credentials) c.deleted = true;
@@ -240,14 +234,11 @@ private slots:
         QVERIFY(page.editor()->credentialId().isEmpty());
     }
 
-    // A hint inside an empty field vanishes once typing starts; the label keeps the form in sight.
-    void dateFieldsShowTheirFormInTheirLabel() {
-        OpenVault vault;
-        testing::fillSampleVault(vault.store);
-        LicensesPage page(vault.context);
-        page.reload();
+    void theEditorChecksTheStateAndDatesAndProposesAnExpiry() {
+        Loaded loaded;
+        auto& [vault, page, editor] = loaded;
+        // A hint inside an empty field vanishes once typing starts; the label keeps the form in sight.
         page.editCredential(idOf(vault.store, "stateLicense", std::string("CA")));
-        CredentialEditor& editor = *page.editor();
         int dated = 0;
         for (auto* edit : editor.findChildren<QLineEdit*>()) {
             if (!edit->placeholderText().contains(QStringLiteral("YYYY"))) continue;
@@ -262,21 +253,14 @@ private slots:
             QVERIFY2(labelled, qPrintable(edit->accessibleName()));
         }
         QCOMPARE(dated, 3);
-    }
 
-    void theEditorChecksTheStateAndDatesAndProposesAnExpiry() {
-        OpenVault vault;
-        testing::fillSampleVault(vault.store);
-        LicensesPage page(vault.context);
-        page.reload();
         QSignalSpy changed(&page, &Screen::recordsChanged);
         QSignalSpy notified(&page, &Screen::notify);
         const std::size_t before = vault.store.doc().credentials.size();
-        CredentialEditor& editor = *page.editor();
 
         page.newCredential();
         choose(editor, "Kind", "stateLicense");
-        setText(editor, "Number", "G99812");
+        fill(editor, "Number", "G99812");
         QVERIFY(!editor.save());
         QCOMPARE(editor.errorFor("State"), QStringLiteral("Choose the state that issued this license."));
         QVERIFY(named<QLabel>(editor, "State error")->isVisibleTo(&editor));
@@ -289,7 +273,7 @@ private slots:
         // A card's issue date proposes its usual expiry, two years on for BLS.
         choose(editor, "Kind", "bls");
         QVERIFY(!shown(editor, "State"));
-        setText(editor, "Issued on", "2026-11-22");
+        fill(editor, "Issued on", "2026-11-22");
         QCOMPARE(editor.proposedExpiry(), QStringLiteral("2028-11-22"));
         auto* suggestion = named<QPushButton>(editor, "Use proposed expiry");
         QVERIFY(suggestion->isVisibleTo(&editor));
@@ -306,22 +290,22 @@ private slots:
         QVERIFY(!suggestion->isVisibleTo(&editor));
 
         // Wrong dates and numbers are named beside their fields, and nothing is written.
-        setText(editor, "Issued on", "2026/11/22");
-        setText(editor, "Fee", "forty");
+        fill(editor, "Issued on", "2026/11/22");
+        fill(editor, "Fee", "forty");
         QVERIFY(!editor.save());
         QCOMPARE(editor.errorFor("Issued on"),
                  QStringLiteral("Enter the date as MM/DD/YYYY or YYYY-MM-DD, such as 01/31/2027."));
         QCOMPARE(editor.errorFor("Fee"), QStringLiteral("Enter the fee in dollars, such as 280."));
-        setText(editor, "Issued on", "01/01/2029");
-        setText(editor, "Fee", "$45");
+        fill(editor, "Issued on", "01/01/2029");
+        fill(editor, "Fee", "$45");
         QVERIFY(!editor.save());
         QVERIFY(editor.errorFor("Issued on").isEmpty());
         QCOMPARE(editor.errorFor("Expires on"),
                  QStringLiteral("This date comes before the issue date, so check both dates."));
         QCOMPARE(vault.store.doc().credentials.size(), before);
 
-        setText(editor, "Issued on", "2026-11-22");
-        setText(editor, "Renewal URL", "www.heart.org");
+        fill(editor, "Issued on", "2026-11-22");
+        fill(editor, "Renewal URL", "www.heart.org");
         vault.device.clock.advance(1h);
         QVERIFY(editor.save());
         QVERIFY(!editor.isOpen());
@@ -360,22 +344,19 @@ private slots:
 
         // Escape-like cancel leaves the record as it was.
         page.editCredential(bls);
-        setText(editor, "Number", "CHANGED");
+        fill(editor, "Number", "CHANGED");
         editor.cancel();
         QCOMPARE(byId(vault.store, bls)->number, std::optional<std::string>("BLS-88412"));
     }
 
-    // With no one chosen, an office says whose a new credential is before it is saved.
-    void aNewCredentialInAnOfficeAsksWhoseItIs() {
-        OpenVault vault;
-        testing::fillSampleOffice(vault.store);
-        LicensesPage page(vault.context);
-        page.reload();
-        CredentialEditor& editor = *page.editor();
+    void anOfficeCredentialSaysWhoseItIsAndItsKindsFieldsRoundTrip() {
+        Loaded loaded(testing::fillSampleOffice);
+        auto& [vault, page, editor] = loaded;
+        // With no one chosen, an office says whose a new credential is before it is saved.
         const std::size_t before = vault.store.doc().credentials.size();
         page.newCredential();
         choose(editor, "Kind", "bls");
-        setText(editor, "Expires on", "2028-03-01");
+        fill(editor, "Expires on", "2028-03-01");
         QCOMPARE(named<QComboBox>(editor, QStringLiteral("Person"))->currentIndex(), -1);
         QVERIFY(!editor.save());
         QCOMPARE(testing::problem(editor, QStringLiteral("Save error")), QStringLiteral("Choose whose credential this is."));
@@ -385,14 +366,6 @@ private slots:
         choose(editor, "Person", QString::fromStdString(jordan));
         QVERIFY(editor.save());
         QCOMPARE(vault.store.doc().credentials.back().personId, jordan);
-    }
-
-    void kindFieldsRoundTripIntoTheDocument() {
-        OpenVault vault;
-        testing::fillSampleOffice(vault.store);
-        LicensesPage page(vault.context);
-        page.reload();
-        CredentialEditor& editor = *page.editor();
 
         const QString dea = idOf(vault.store, "dea", std::nullopt, std::string("FC3829147"));
         page.editCredential(dea);
@@ -409,8 +382,8 @@ private slots:
         QVERIFY(shown(editor, "Carrier"));
         QVERIFY(!shown(editor, "Schedule 2"));
         QCOMPARE(named<QLineEdit>(editor, "Policy number")->text(), QStringLiteral("LSM-2026-11873"));
-        setText(editor, "Carrier", "Texas Medical Liability Trust");
-        setText(editor, "Limits", "$2M / $4M");
+        fill(editor, "Carrier", "Texas Medical Liability Trust");
+        fill(editor, "Limits", "$2M / $4M");
         named<QComboBox>(editor, "Coverage type")->setCurrentText("Occurrence");
         QVERIFY(editor.save());
         const Credential* saved = byId(vault.store, policy);
@@ -447,8 +420,8 @@ private slots:
     }
 
     void renewalChecklistEditsSaveAndUnknownFieldsSurvive() {
-        OpenVault vault;
-        testing::fillSampleVault(vault.store);
+        Loaded loaded;
+        auto& [vault, page, editor] = loaded;
         const QString ca = idOf(vault.store, "stateLicense", std::string("CA"));
         const Timestamp opened = now(vault);
         QVERIFY(vault.store
@@ -468,9 +441,7 @@ private slots:
                         doc.credentials.push_back(permit);
                     })
                     .ok());
-        LicensesPage page(vault.context);
         page.reload();
-        CredentialEditor& editor = *page.editor();
 
         page.editCredential(ca);
         auto* checklist = named<QListView>(editor, "Renewal checklist");
@@ -481,21 +452,21 @@ private slots:
         steps->item(2)->setText("Send the workforce survey");  // rename
         checklist->setCurrentIndex(steps->index(0, 0));
         testing::button(editor, "Remove step")->click();  // remove
-        setText(editor, "New step", "Upload fingerprints");
+        fill(editor, "New step", "Upload fingerprints");
         testing::button(editor, "Add step")->click();  // add
         choose(editor, "Renewal stage", "submitted");
 
         // A wrong cycle month or hour count stops the save.
-        setText(editor, "CME cycle start", "2025-13");
-        setText(editor, "CME hours override", "-5");
+        fill(editor, "CME cycle start", "2025-13");
+        fill(editor, "CME hours override", "-5");
         QVERIFY(!editor.save());
         QCOMPARE(editor.errorFor("CME cycle start"),
                  QStringLiteral("Enter the month the education cycle starts as YYYY-MM, such as 2025-02."));
         QCOMPARE(editor.errorFor("CME hours override"),
                  QStringLiteral("Enter the hours required as a number above zero, such as 50."));
         QCOMPARE(byId(vault.store, ca)->renewalSteps->size(), std::size_t{3});
-        setText(editor, "CME cycle start", "2025-02");
-        setText(editor, "CME hours override", "50");
+        fill(editor, "CME cycle start", "2025-02");
+        fill(editor, "CME hours override", "50");
 
         vault.device.clock.advance(5min);
         QVERIFY(editor.save());
@@ -519,7 +490,7 @@ private slots:
         // An unknown kind keeps its text through an edit.
         page.editCredential("permit-1");
         QCOMPARE(named<QComboBox>(editor, "Kind")->currentData().toString(), QStringLiteral("telehealthPermit"));
-        setText(editor, "Number", "TP-2");
+        fill(editor, "Number", "TP-2");
         QVERIFY(editor.save());
         const Credential* permit = byId(vault.store, "permit-1");
         QCOMPARE(permit->kind, std::string("telehealthPermit"));
@@ -528,20 +499,13 @@ private slots:
     }
 
     void attachesFilesAndDeletesWithUndo() {
-        OpenVault vault;
-        testing::fillSampleVault(vault.store);
-        LicensesPage page(vault.context);
-        page.reload();
-        CredentialEditor& editor = *page.editor();
+        Loaded loaded;
+        auto& [vault, page, editor] = loaded;
         QTemporaryDir folder;
         QVERIFY(folder.isValid());
         const QString path = folder.filePath("tx-license.pdf");
         const QByteArray bytes = "%PDF-1.4\n1 0 obj << /Type /Catalog >> endobj\n%%EOF\n";
-        {
-            QFile file(path);
-            QVERIFY(file.open(QIODevice::WriteOnly));
-            file.write(bytes);
-        }
+        testing::writeFile(path, bytes);
 
         const QString tx = idOf(vault.store, "stateLicense", std::string("TX"));
         const std::size_t before = vault.store.doc().documents.size();
@@ -560,9 +524,7 @@ private slots:
         const auto copy = vault.store.temporaryFile(document.id);
         QVERIFY(copy.ok());
         // Plain copies go to the real disk, where a viewer can open them.
-        QFile plain(QString::fromStdString(copy->string()));
-        QVERIFY(plain.open(QIODevice::ReadOnly));
-        QCOMPARE(plain.readAll(), bytes);
+        QCOMPARE(testing::readFile(QString::fromStdString(copy->string())), bytes);
         QVERIFY(vault.store.clearTemporaryFiles().ok());
         auto* list = named<QListView>(editor, "Documents");
         QCOMPARE(list->model()->index(0, 0).data().toString(), QStringLiteral("tx-license.pdf"));
@@ -612,7 +574,7 @@ private slots:
         QTest::keyClick(page.view(), Qt::Key_Return);
         QVERIFY(editor.isOpen());
         QCOMPARE(editor.credentialId(), bls);
-        setText(editor, "Number", "BLS-90001");
+        fill(editor, "Number", "BLS-90001");
         QTest::keyClick(named<QLineEdit>(editor, "Number"), Qt::Key_S, Qt::ControlModifier);
         QVERIFY(!editor.isOpen());
         QCOMPARE(byId(vault.store, bls)->number, std::optional<std::string>("BLS-90001"));
@@ -676,11 +638,8 @@ private slots:
     }
 
     void unsavedEditsAskBeforeAnotherRecordOpens() {
-        OpenVault vault;
-        testing::fillSampleVault(vault.store);
-        LicensesPage page(vault.context);
-        page.reload();
-        CredentialEditor& editor = *page.editor();
+        Loaded loaded;
+        auto& [vault, page, editor] = loaded;
         const QString tx = idOf(vault.store, "stateLicense", std::string("TX"));
         const QString ca = idOf(vault.store, "stateLicense", std::string("CA"));
         const auto txNumber = byId(vault.store, tx)->number;
@@ -688,7 +647,7 @@ private slots:
 
         page.editCredential(tx);
         QVERIFY(!editor.hasUnsavedEdits());
-        setText(editor, "Number", "TX-EDITED");
+        fill(editor, "Number", "TX-EDITED");
         QVERIFY(editor.hasUnsavedEdits());
         page.editCredential(ca);
         // The question comes up and the licence being edited stays as typed.
@@ -705,7 +664,7 @@ private slots:
         QVERIFY(!editor.hasUnsavedEdits());
         QCOMPARE(byId(vault.store, tx)->number, txNumber);
 
-        setText(editor, "Number", "CA-SAVED");
+        fill(editor, "Number", "CA-SAVED");
         page.newCredential();
         QVERIFY(editor.unsavedEdits()->isAsking());
         QVERIFY(testing::press(editor, "Save changes"));
@@ -715,27 +674,26 @@ private slots:
 
         // A save the fields refuse keeps the user with them, and a day the calendar lacks is named.
         choose(editor, "Kind", "bls");
-        setText(editor, "Expires on", "2027-02-30");
+        fill(editor, "Expires on", "2027-02-30");
         page.editCredential(tx);
         QVERIFY(testing::press(editor, "Save changes"));
         QVERIFY(editor.credentialId().isEmpty());
         QCOMPARE(editor.errorFor("Expires on"),
                  QStringLiteral("There's no 2027-02-30 on the calendar, so check the day and month."));
         QCOMPARE(vault.store.doc().credentials.size(), before);
-        setText(editor, "Issued on", "2026-02-29");
-        setText(editor, "Expires on", "2028-02-29");
+        fill(editor, "Issued on", "2026-02-29");
+        fill(editor, "Expires on", "2028-02-29");
         QVERIFY(!editor.save());
         QCOMPARE(editor.errorFor("Issued on"),
                  QStringLiteral("There's no 2026-02-29 on the calendar, so check the day and month."));
         QVERIFY(editor.errorFor("Expires on").isEmpty());
-        setText(editor, "Issued on", "2026-02-28");
+        fill(editor, "Issued on", "2026-02-28");
         QVERIFY(editor.save());
         QCOMPARE(vault.store.doc().credentials.back().expiresOn, std::optional<Day>(Day{2028, 2, 29}));
     }
 
     void theWheelScrollsTheFormAndLeavesAnUnfocusedListAlone() {
-        OpenVault vault;
-        testing::fillSampleVault(vault.store);
+        OpenVault vault(testing::fillSampleVault);
         testing::StyledWindow window;
         LicensesPage* page = window.hold(new LicensesPage(vault.context));
         page->reload();
@@ -771,19 +729,12 @@ private slots:
     }
 
     void aDocumentNoProgramOpensCanBeSavedAsACopy() {
-        OpenVault vault;
-        testing::fillSampleVault(vault.store);
-        LicensesPage page(vault.context);
-        page.reload();
-        CredentialEditor& editor = *page.editor();
+        Loaded loaded;
+        auto& [vault, page, editor] = loaded;
         QTemporaryDir folder;
         const QString path = folder.filePath("tx-license.pdf");
         const QByteArray bytes = "%PDF-1.4 a licence no program here reads";
-        {
-            QFile file(path);
-            QVERIFY(file.open(QIODevice::WriteOnly));
-            file.write(bytes);
-        }
+        testing::writeFile(path, bytes);
         page.editCredential(idOf(vault.store, "stateLicense", std::string("TX")));
         QVERIFY(editor.attachFile(path));
         QVERIFY(!testing::canPress(editor, "Save a copy…"));
@@ -825,32 +776,10 @@ private slots:
 
     void screenshotsInLightAndDark() {
         for (const bool dark : {false, true}) {
-            OpenVault vault;
-            testing::fillSampleOffice(vault.store);
-            QWidget window;
-            window.setObjectName("appWindow");
-            const QPalette system = QApplication::palette();
-            if (dark) {
-                QPalette palette;
-                palette.setColor(QPalette::Window, QColor(0x1e, 0x20, 0x24));
-                palette.setColor(QPalette::Base, QColor(0x27, 0x2a, 0x30));
-                palette.setColor(QPalette::AlternateBase, QColor(0x2d, 0x31, 0x37));
-                palette.setColor(QPalette::Text, QColor(0xe6, 0xe8, 0xeb));
-                palette.setColor(QPalette::WindowText, QColor(0xe6, 0xe8, 0xeb));
-                palette.setColor(QPalette::ButtonText, QColor(0xe6, 0xe8, 0xeb));
-                palette.setColor(QPalette::Button, QColor(0x33, 0x37, 0x3e));
-                palette.setColor(QPalette::Mid, QColor(0x4a, 0x4f, 0x57));
-                palette.setColor(QPalette::Midlight, QColor(0x3a, 0x3e, 0x45));
-                palette.setColor(QPalette::PlaceholderText, QColor(0x8a, 0x90, 0x99));
-                palette.setColor(QPalette::Highlight, QColor(0x2b, 0x6f, 0x97));
-                palette.setColor(QPalette::HighlightedText, Qt::white);
-                QApplication::setPalette(palette);  // as the desktop's dark appearance arrives
-            }
-            window.setStyleSheet(appStyleSheet());
-            auto* page = new LicensesPage(vault.context, &window);
-            auto* layout = new QVBoxLayout(&window);
-            layout->setContentsMargins(0, 0, 0, 0);
-            layout->addWidget(page);
+            testing::DesktopScheme scheme(dark);  // as the desktop's appearance arrives
+            OpenVault vault(testing::fillSampleOffice);
+            testing::StyledWindow window;
+            auto* page = window.hold(new LicensesPage(vault.context, &window));
             page->reload();
             page->editCredential(idOf(vault.store, "stateLicense", std::string("CA")));
             QVERIFY(page->editor()->isOpen());
@@ -860,7 +789,6 @@ private slots:
                 scroll->ensureWidgetVisible(named<QListView>(*page->editor(), "Renewal checklist"), 0, 160);
                 testing::screenshot(window, "licenses-renewal");
             }
-            QApplication::setPalette(system);
         }
     }
 };

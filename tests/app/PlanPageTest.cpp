@@ -18,8 +18,7 @@ class PlanPageTest : public QObject {
 
 private slots:
     void twelveMonthsOfWhatIsComingForWhoeverIsInView() {
-        OpenVault vault;
-        testing::fillSampleOffice(vault.store);
+        OpenVault vault(testing::fillSampleOffice);
         testing::StyledWindow window;
         auto* page = window.hold(new PlanPage(vault.context, &window));
         page->reload();

@@ -61,8 +61,7 @@ class ProfilePageTest : public QObject {
 
 private slots:
     void anEditIsSavedWithCtrlSAndCtrlZPutsItBack() {
-        OpenVault vault;
-        testing::fillSampleVault(vault.store);
+        OpenVault vault(testing::fillSampleVault);
         ProfilePage page(vault.context);
         QSignalSpy changed(&page, &Screen::recordsChanged);
         page.show();
@@ -100,8 +99,7 @@ private slots:
     }
 
     void aBadNPIOrNoNameBlocksTheSaveAndWritesNothing() {
-        OpenVault vault;
-        testing::fillSampleVault(vault.store);
+        OpenVault vault(testing::fillSampleVault);
         QVERIFY(vault.store.change([](VaultDocument& doc) { doc.people[0].npiVerifiedAt = "2026-10-01T09:00:00.000Z"; })
                     .ok());
         QVERIFY(vault.store.flush().ok());
@@ -134,8 +132,7 @@ private slots:
     }
 
     void theDateOfBirthShowsOnlyOnceTheOwnerIsConfirmed() {
-        OpenVault vault;
-        testing::fillSampleVault(vault.store);
+        OpenVault vault(testing::fillSampleVault);
         ProfilePage page(vault.context);
         auto& reasons = vault.device.authenticator.reasons;
         QLineEdit* dob = field(page, "Date of birth");
@@ -182,8 +179,7 @@ private slots:
     }
 
     void unsavedDetailsAreSavedOrDiscardedBeforeTheProfileIsLeft() {
-        OpenVault vault;
-        testing::fillSampleVault(vault.store);
+        OpenVault vault(testing::fillSampleVault);
         ProfilePage page(vault.context);
         bool left = false;
         QVERIFY(!page.hasUnsavedEdits());
@@ -211,8 +207,7 @@ private slots:
     }
 
     void workHistoryAddsEditsAndTombstonesThroughUndoableSaves() {
-        OpenVault vault;
-        testing::fillSampleVault(vault.store);
+        OpenVault vault(testing::fillSampleVault);
         ProfilePage page(vault.context);
         QTableView* jobs = table(page, "Work history");
         QCOMPARE(column(jobs, 0), (QStringList{"St. David's Medical Center", "UT Southwestern"}));
@@ -270,8 +265,7 @@ private slots:
     }
 
     void aFormOpenedBelowTheFoldScrollsIntoViewWithFocus() {
-        OpenVault vault;
-        testing::fillSampleVault(vault.store);
+        OpenVault vault(testing::fillSampleVault);
         testing::StyledWindow window;
         auto* page = window.hold(new ProfilePage(vault.context, &window));
         window.resize(900, 600);
@@ -290,8 +284,7 @@ private slots:
     }
 
     void facilitiesKeepWhatTheyAskForEvenWhenThisVersionCannotNameIt() {
-        OpenVault vault;
-        testing::fillSampleVault(vault.store);
+        OpenVault vault(testing::fillSampleVault);
         QVERIFY(
             vault.store
                 .change([](VaultDocument& doc) { doc.people[0].facilities->at(0).requiredItems.push_back("fitTest"); })
@@ -329,8 +322,7 @@ private slots:
 
         QVERIFY(press(page, "Add facility"));
         field(page, "Facility name")->setText("Ascension Seton Williamson");
-        auto* state = named<QComboBox>(page, "Facility state");
-        state->setCurrentIndex(state->findData("TX"));
+        testing::choose(page, "Facility state", "TX");
         field(page, "Start date")->setText("2027-03-01");
         setKind("tb", Qt::Checked);
         QVERIFY(press(page, "Save facility"));
@@ -346,8 +338,7 @@ private slots:
     }
 
     void whatTheFormDoesNotShowSurvivesASave() {
-        OpenVault vault;
-        testing::fillSampleVault(vault.store);
+        OpenVault vault(testing::fillSampleVault);
         const Timestamp consented = Timestamp::now(vault.device.clock);
         QVERIFY(vault.store
                     .change([&](VaultDocument& doc) {
@@ -378,8 +369,7 @@ private slots:
     }
 
     void inAnOfficeTheHeaderNamesWhoseProfileItIs() {
-        OpenVault vault;
-        testing::fillSampleOffice(vault.store);
+        OpenVault vault(testing::fillSampleOffice);
         const std::string nurse = vault.store.doc().people.at(1).id;
         ProfilePage page(vault.context);
         vault.store.setScopePersonId(nurse);
@@ -397,13 +387,10 @@ private slots:
     }
 
     void screenshotOfTheSampleProfile() {
-        OpenVault vault;
-        testing::fillSampleVault(vault.store);
+        OpenVault vault(testing::fillSampleVault);
         testing::StyledWindow window;
         auto* page = window.hold(new ProfilePage(vault.context, &window));
         window.show();
-        window.resize(1280, 800);
-        QTest::qWait(20);  // let the layouts settle at the final size before the picture
         testing::screenshot(window, QStringLiteral("profile"));
 
         // Further down: a facility open for editing, beside the list it belongs to.

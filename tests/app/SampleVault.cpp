@@ -24,20 +24,6 @@ Credential credential(const std::string& personId, const std::string& kind, std:
     return c;
 }
 
-CMEActivity activity(const std::string& personId, const std::string& title, const std::string& provider, Day on,
-                     double hours, const std::string& category, std::vector<std::string> topics = {}) {
-    CMEActivity a;
-    a.id = newUUID();
-    a.personId = personId;
-    a.title = title;
-    a.provider = provider;
-    a.completedOn = on;
-    a.hours = hours;
-    a.category = category;
-    a.topics = std::move(topics);
-    return a;
-}
-
 void addClinician(VaultDocument& doc, const std::string& personId) {
     auto tx = credential(personId, "stateLicense", "TX", "R4821", Day{2023, 5, 14}, Day{2027, 5, 31});
     tx.renewalURL = "https://www.tmb.state.tx.us";
@@ -94,6 +80,20 @@ Onboarding maya() {
 }
 
 }  // namespace
+
+CMEActivity activity(const std::string& personId, const std::string& title, std::optional<std::string> provider, Day on,
+                     double hours, const std::string& category, std::vector<std::string> topics) {
+    CMEActivity a;
+    a.id = newUUID();
+    a.personId = personId;
+    a.title = title;
+    a.provider = std::move(provider);
+    a.completedOn = on;
+    a.hours = hours;
+    a.category = category;
+    a.topics = std::move(topics);
+    return a;
+}
 
 void fillSampleVault(VaultStore& store) {
     seal(store, maya(), [](VaultDocument& doc) {

@@ -12,9 +12,6 @@
 
 namespace corvale::app {
 
-using testing::Device;
-using testing::rules;
-
 class ShortcutListTest : public QObject {
     Q_OBJECT
 
@@ -27,9 +24,8 @@ class ShortcutListTest : public QObject {
     }
 
 private slots:
-    void f1AndCtrlQuestionMarkListEveryShortcutAndEscapeClosesIt() {
-        testing::ShownWindow shown(testing::fillSampleVault);
-        MainWindow& window = shown.window;
+    void f1AndCtrlQuestionMarkListEveryShortcutByWhatItDoesAndEscapeClosesIt() {
+        testing::ShownWindow window(testing::fillSampleVault);
         auto* list = window.findChild<ShortcutList*>();
         QVERIFY(list);
         QVERIFY(!list->isVisible());
@@ -41,7 +37,6 @@ private slots:
         QVERIFY(lines.contains(QStringLiteral("Ctrl+1: Go to Today")));
         QVERIFY(lines.contains(QStringLiteral("Ctrl+7: Go to Settings")));
         QVERIFY(lines.contains(QStringLiteral("F1 or Ctrl+? or Ctrl+Shift+?: Show this list of shortcuts")));
-        ;
         // Screens' own keys come too, each key and meaning once.
         QVERIFY(lines.contains(QStringLiteral("Ctrl+F: Search the credentials")));
         QCOMPARE(QStringList(lines).removeDuplicates(), 0);
@@ -59,13 +54,9 @@ private slots:
         QTRY_VERIFY(list->isAncestorOf(QApplication::focusWidget()));
         QTest::keyClick(QApplication::focusWidget(), Qt::Key_Escape);
         QTRY_VERIFY(!list->isVisible());
-    }
 
-    // A shortcut added without saying what it does would show as "Unnamed";
-    // none of the window's does.
-    void everyShortcutSaysWhatItDoes() {
-        Device device;
-        MainWindow window(device.setup(), rules());
+        // A shortcut added without saying what it does would show as "Unnamed";
+        // none of the window's does.
         for (const auto* shortcut : window.findChildren<QShortcut*>())
             QVERIFY2(!shortcut->whatsThis().isEmpty(), qPrintable(shortcut->key().toString()));
 

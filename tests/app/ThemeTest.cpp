@@ -21,35 +21,13 @@
 
 namespace corvale::app {
 
-using testing::Device;
-using testing::rules;
 using testing::describe;
+using testing::DesktopScheme;
+using testing::Device;
 using testing::focusableControls;
+using testing::rules;
 
 namespace {
-
-// What a dark desktop hands the app: its own palette, not the theme's.
-QPalette darkDesktop() {
-    QPalette palette;
-    palette.setColor(QPalette::Window, QColor(0x20, 0x20, 0x20));
-    palette.setColor(QPalette::WindowText, QColor(0xf0, 0xf0, 0xf0));
-    palette.setColor(QPalette::Base, QColor(0x2a, 0x2a, 0x2a));
-    palette.setColor(QPalette::Text, QColor(0xf0, 0xf0, 0xf0));
-    palette.setColor(QPalette::Button, QColor(0x30, 0x30, 0x30));
-    palette.setColor(QPalette::ButtonText, QColor(0xf0, 0xf0, 0xf0));
-    palette.setColor(QPalette::Highlight, QColor(0xf0, 0xf0, 0xf0));
-    palette.setColor(QPalette::HighlightedText, QColor(0xff, 0xff, 0xff));
-    return palette;
-}
-
-// Sets the desktop's scheme for one test and puts the light one back after.
-struct DesktopScheme {
-    QPalette before = QApplication::palette();
-    explicit DesktopScheme(bool dark) {
-        QApplication::setPalette(dark ? darkDesktop() : QApplication::style()->standardPalette());
-    }
-    ~DesktopScheme() { QApplication::setPalette(before); }
-};
 
 bool near(QRgb pixel, const QColor& color) {
     return std::abs(qRed(pixel) - color.red()) <= 28 && std::abs(qGreen(pixel) - color.green()) <= 28 &&
@@ -91,17 +69,15 @@ private slots:
                                     .arg(ratio, 0, 'f', 2)
                                     .arg(requiredContrast(pair.use));
             }
-        }
-        QVERIFY2(failures.isEmpty(), qPrintable(failures.join(QLatin1Char('\n'))));
-
-        // Every role has both values, and the sheet names only colours the table has.
-        for (const auto& color : themeColors()) QVERIFY(color.light.isValid() && color.dark.isValid());
-        for (const bool dark : {false, true}) {
+            // The sheet names only colours the table has.
             const QString sheet = appStyleSheet(dark);
             QVERIFY(!sheet.contains(QLatin1Char('@')));
             QVERIFY(!sheet.contains(QStringLiteral("palette(")));
             QVERIFY(sheet.contains(themeColor(ColorRole::focusRing, dark).name()));
         }
+        QVERIFY2(failures.isEmpty(), qPrintable(failures.join(QLatin1Char('\n'))));
+        // Every role has both values.
+        for (const auto& color : themeColors()) QVERIFY(color.light.isValid() && color.dark.isValid());
         QVERIFY(appStyleSheet(false) != appStyleSheet(true));
     }
 
@@ -129,8 +105,7 @@ private slots:
     void everyControlOnEveryScreenShowsAFocusRing() {
         for (const bool dark : {false, true}) {
             DesktopScheme scheme(dark);
-            testing::ShownWindow shown(testing::fillSampleOffice);
-            MainWindow& window = shown.window;
+            testing::ShownWindow window(testing::fillSampleOffice);
             const QColor ring = themeColor(ColorRole::focusRing, dark);
             const QColor ringOnAccent = themeColor(ColorRole::focusOnAccent, dark);
             QStringList failures;
@@ -165,8 +140,7 @@ private slots:
     void aDropDownsHighlightedItemReads() {
         for (const bool dark : {false, true}) {
             DesktopScheme scheme(dark);
-            testing::ShownWindow shown(testing::fillSampleOffice);
-            MainWindow& window = shown.window;
+            testing::ShownWindow window(testing::fillSampleOffice);
             auto* people = window.findChild<QComboBox*>(QStringLiteral("personSwitcher"));
             QVERIFY(people && people->count() > 1);
             people->showPopup();
@@ -191,19 +165,17 @@ private slots:
     void screensInLightAndDarkAtLargeAndSmallSizes() {
         for (const bool dark : {false, true}) {
             DesktopScheme scheme(dark);
-            testing::ShownWindow shown(testing::fillSampleOffice);
-            MainWindow& window = shown.window;
-            const char* const names[] = {"today", "plan", "licenses", "cme", "report", "profile", "settings"};
-            for (int screen = 0; screen < 7; ++screen) {
+            testing::ShownWindow window(testing::fillSampleOffice);
+            const auto shoot = [&](const QString& name, QSize size) {
+                const QString file = QStringLiteral("theme-%1-%2-%3x%4").arg(name, dark ? u"dark" : u"light");
+                testing::screenshot(window, file.arg(size.width()).arg(size.height()), size);
+            };
+            const QStringList& names = testing::screenNames();
+            for (int screen = 0; screen < names.size(); ++screen) {
                 QTest::keyClick(&window, static_cast<Qt::Key>(Qt::Key_1 + screen), Qt::ControlModifier);
-                QCOMPARE(window.pageName(), QString::fromLatin1(names[screen]));
+                QCOMPARE(window.pageName(), names[screen]);
                 for (const QSize size : {QSize(1920, 1080), QSize(900, 600)}) {
-                    testing::screenshot(window,
-                                        QStringLiteral("theme-%1-%2-%3x%4")
-                                            .arg(QString::fromLatin1(names[screen]), dark ? u"dark" : u"light")
-                                            .arg(size.width())
-                                            .arg(size.height()),
-                                        size);
+                    shoot(names[screen], size);
                     // The name reads first, so it keeps its share of a narrow list.
                     if (auto* list = testing::named<QTreeView>(window, QStringLiteral("Credentials")))
                         QVERIFY(list->header()->sectionSize(0) * 4 >= list->viewport()->width());
@@ -215,12 +187,7 @@ private slots:
             for (const QString& screen : {QStringLiteral("licenses"), QStringLiteral("cme")}) {
                 window.showScreen(screen);
                 for (const QSize size : {QSize(1920, 1080), QSize(1280, 800), QSize(900, 600)})
-                    testing::screenshot(window,
-                                        QStringLiteral("theme-%1-editor-%2-%3x%4")
-                                            .arg(screen, dark ? u"dark" : u"light")
-                                            .arg(size.width())
-                                            .arg(size.height()),
-                                        size);
+                    shoot(screen + QStringLiteral("-editor"), size);
             }
         }
     }

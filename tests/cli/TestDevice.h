@@ -75,6 +75,13 @@ struct Device {
         return outcome;
     }
     JSONValue counts() { return *run({"status", "--json"}).json().find("counts"); }
+    // App lock turned on as Settings turns it on, with nothing asked of the user yet.
+    void turnOnAppLock() {
+        VaultStore store(setup());
+        ASSERT_TRUE(store.start().ok());
+        ASSERT_TRUE(store.setAppLock(true).ok());
+        authenticator.reasons.clear();
+    }
     fs::path vaultFile() { return VaultStore(setup()).vaultDirectory() / "vault.pbv"; }
 };
 

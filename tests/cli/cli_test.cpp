@@ -20,6 +20,9 @@ protected:
     InMemoryFileSystem files;
     Device device{files, "/a"};
 
+    // Where the tests keep the files they hand to commands.
+    void SetUp() override { ASSERT_TRUE(files.createDirectories("/home").ok()); }
+
     std::string init() {
         auto made = device.run({"init", "--name", "Ana Ruiz", "--degree", "MD", "--state", "ca"});
         EXPECT_EQ(made.code, 0) << made.err;
@@ -52,12 +55,7 @@ TEST_F(CommandLineTest, InitCreatesTheVaultAndStatusCountsIt) {
 
 TEST_F(CommandLineTest, AppLockAsksForTheLoginPasswordAndRefusesWithoutATerminal) {
     init();
-    {
-        VaultStore store(device.setup());
-        ASSERT_TRUE(store.start().ok());
-        ASSERT_TRUE(store.setAppLock(true).ok());
-    }
-    device.authenticator.reasons.clear();
+    device.turnOnAppLock();
     EXPECT_EQ(device.run({"status", "--json"}).json().find("phase")->asString(), "locked");
     const auto writesBefore = files.writeCount(device.vaultFile());
 
@@ -105,7 +103,6 @@ TEST_F(CommandLineTest, TheEditorsRulesHoldOnTheCommandLine) {
     }
     EXPECT_EQ(device.run({"add", "cme", "--title", "Airway", "--hours", "1.25", "--completed", "2026-11-18"}).code, 0);
 
-    ASSERT_TRUE(files.createDirectories("/home").ok());
     ASSERT_TRUE(files.replaceFileAtomically("/home/scan.pdf", {}).ok());
     auto empty = device.run({"doc", "add", "/home/scan.pdf"});
     EXPECT_EQ(empty.code, 1);
@@ -130,7 +127,6 @@ TEST_F(CommandLineTest, NewPassphrasesMeetTheAppsMinimumLength) {
     EXPECT_EQ(device.run({"keyfile", "export", "/home/vault.key"}).err, tooShort);
 
     // An existing passphrase is not held to it: it only has to open what it sealed.
-    ASSERT_TRUE(files.createDirectories("/home").ok());
     ASSERT_EQ(device.run({"keyfile", "export", "/home/vault.key", "--passphrase-stdin"}, "eight888\r\n").code, 0);
     Device other(files, "/b");
     EXPECT_EQ(other.run({"join", "/home", "--passphrase-stdin"}, "eight88").err,
@@ -169,7 +165,6 @@ TEST_F(CommandLineTest, ControlCharactersInRecordsArePrintedEscaped) {
 
 TEST_F(CommandLineTest, ClearingPlainCopiesNeedsNeitherTheKeyNorTheVault) {
     init();
-    ASSERT_TRUE(files.createDirectories("/home").ok());
     ASSERT_TRUE(files.replaceFileAtomically("/home/card.png", asBytes("png bytes")).ok());
     const std::string id = device.run({"doc", "add", "/home/card.png"}).line();
     const fs::path copy = device.run({"doc", "open", id}).line();
@@ -282,7 +277,6 @@ TEST_F(CommandLineTest, AddListShowDeleteRoundTrip) {
 
 TEST_F(CommandLineTest, DocumentsAreStoredAndOpenedAsPlainCopies) {
     init();
-    ASSERT_TRUE(files.createDirectories("/home").ok());
     ASSERT_TRUE(files.replaceFileAtomically("/home/Licence.PDF", asBytes("%PDF-1.4 licence")).ok());
     EXPECT_EQ(device.run({"doc", "add", "/home/Licence.PDF", "--kind", "passport"}).code, 2);
     auto added = device.run({"doc", "add", "/home/Licence.PDF", "--kind", "license"});

@@ -80,9 +80,7 @@ TEST_F(RemindCommandTest, AClickedReminderOpensTheAppOnItsCredentialOnceTheVault
     EXPECT_EQ(device.run({"remind", "--stay", "-1"}).code, 2);
 
     // With app lock on the click opens Today: the link may say no more than the notice.
-    Prefs prefs(files, device.setup().prefsFile);
-    prefs.load();
-    ASSERT_TRUE(prefs.setFlag(Prefs::kAppLock, true));
+    device.turnOnAppLock();
     device.notifier.clicks = {device.notifier.sent.size()};
     EXPECT_EQ(device.run({"remind", "--as-of", "2027-03-24", "--stay", "5"}).code, 0);
     EXPECT_EQ(device.notifier.sent.back().link, "corvale://today");
@@ -127,12 +125,7 @@ TEST_F(RemindCommandTest, TheWeeklyReviewGoesOutOnItsDayFromItsHourOnce) {
 }
 
 TEST_F(RemindCommandTest, WithAppLockOnItSaysOnlyThatSomethingNeedsAttention) {
-    {
-        VaultStore store(device.setup());
-        ASSERT_TRUE(store.start().ok());
-        ASSERT_TRUE(store.setAppLock(true).ok());
-    }
-    device.authenticator.reasons.clear();
+    device.turnOnAppLock();
     // No terminal and no password: a timer still reminds, without a word of what or whose.
     auto sent = device.run({"remind", "--as-of", "2027-03-31"});
     EXPECT_EQ(sent.code, 0) << sent.err;

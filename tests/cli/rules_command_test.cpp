@@ -1,36 +1,18 @@
-#include "cli/Commands.h"
+#include "TestDevice.h"
 #include "platform/linux/PosixFileSystem.h"
-#include "platform/memory/InMemoryFileSystem.h"
-#include "platform/memory/InMemorySecretStore.h"
-#include "records/JSONReader.h"
 #include "requirements/RuleDataReader.h"
-
-#include <gtest/gtest.h>
-
-#include <sstream>
 
 namespace corvale {
 namespace {
 
-struct Outcome {
-    int code = -1;
-    std::string out, err;
-};
+using namespace clitest;
 
 // The rules and fees commands never touch the vault; they still run inside a full setup.
 Outcome run(std::vector<std::string> args, StateData data) {
     InMemoryFileSystem files;
-    InMemorySecretStore secrets;
-    FixedClock clock{std::chrono::system_clock::time_point{}};
-    ManualScheduler scheduler;
-    UnavailableAuthenticator authenticator;
-    std::istringstream in;
-    std::ostringstream out, err;
-    Outcome outcome;
-    outcome.code = runCommandLine(std::move(args), in, out, err,
-                                  {files, secrets, clock, scheduler, authenticator, "/s", "/p.json", "/t"}, nullptr, data);
-    outcome.out = out.str();
-    outcome.err = err.str();
+    Device device(files, "/rules");
+    device.stateData = data;
+    const Outcome outcome = device.run(std::move(args));
     EXPECT_EQ(files.writeCount(), 0u);
     return outcome;
 }

@@ -1,4 +1,5 @@
 #include "platform/Crypto.h"
+#include "support/Outcomes.h"
 
 #include <gtest/gtest.h>
 
@@ -10,13 +11,7 @@
 namespace corvale::crypto {
 namespace {
 
-Bytes fromHex(std::string_view hex) {
-    Bytes bytes;
-    for (std::size_t i = 0; i + 1 < hex.size(); i += 2) {
-        bytes.push_back(static_cast<std::uint8_t>(std::stoi(std::string(hex.substr(i, 2)), nullptr, 16)));
-    }
-    return bytes;
-}
+using test_support::fromHex;
 
 TEST(Crypto, DigestsAndKeyDerivationMatchPublishedVectors) {
     // The "abc" digest has a 0x01 byte, so hex output must be zero-padded.

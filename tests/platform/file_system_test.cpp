@@ -5,6 +5,7 @@
 #include "platform/memory/InMemoryFileSystem.h"
 
 #include "support/DiskFiles.h"
+#include "support/Outcomes.h"
 
 #include <gtest/gtest.h>
 
@@ -27,12 +28,6 @@ std::string contentsOf(FileSystem& fs, const std::filesystem::path& path) {
     auto read = fs.readFile(path);
     EXPECT_TRUE(read.ok()) << path;
     return read ? std::string(asText(*read)) : std::string();
-}
-
-// The failure's code; nothing when the call succeeded.
-template <typename Outcome>
-std::optional<FileError::Code> failure(const Outcome& result) {
-    return result.ok() ? std::nullopt : std::optional(result.error().code);
 }
 
 mode_t permissionsOf(const std::filesystem::path& path) {
@@ -71,7 +66,7 @@ TEST_P(FileSystemContract, ReplaceReadListAndRemove) {
         ASSERT_TRUE(fs().replaceFileAtomically(root / name, asBytes(name)).ok()) << name;
     EXPECT_EQ(fs().list(root / "docs"), (Names{"2024", "a.pdf", "b.pdf"}));
     EXPECT_EQ(fs().list(root), (Names{"docs", "docs-other", "records.json"}));  // no temporaries left
-    EXPECT_EQ(failure(fs().createDirectories(root / "docs-other" / "sub")), FileError::Code::other);
+    EXPECT_EQ(failedWith(fs().createDirectories(root / "docs-other" / "sub")), FileError::Code::other);
 
     ASSERT_TRUE(fs().removeFile(root / "docs" / "a.pdf").ok());
     EXPECT_FALSE(fs().exists(root / "docs" / "a.pdf"));
@@ -85,15 +80,15 @@ TEST_P(FileSystemContract, ReplaceReadListAndRemove) {
 
 TEST_P(FileSystemContract, FailuresAreClassifiedAndChangeNothing) {
     const auto read = fs().readFile(root / "absent");
-    ASSERT_EQ(failure(read), FileError::Code::notFound);
+    ASSERT_EQ(failedWith(read), FileError::Code::notFound);
     EXPECT_EQ(read.error().path, root / "absent");
-    EXPECT_EQ(failure(fs().replaceFileAtomically(root / "no-folder" / "file", asBytes("x"))),
+    EXPECT_EQ(failedWith(fs().replaceFileAtomically(root / "no-folder" / "file", asBytes("x"))),
               FileError::Code::notFound);
     EXPECT_FALSE(fs().exists(root / "no-folder"));
     EXPECT_TRUE(fs().list(root / "no-folder").empty());
 
     ASSERT_TRUE(fs().createDirectories(root / "blocked" / "inner").ok());
-    EXPECT_EQ(failure(fs().readFile(root / "blocked")), FileError::Code::other);
+    EXPECT_EQ(failedWith(fs().readFile(root / "blocked")), FileError::Code::other);
     EXPECT_FALSE(fs().replaceFileAtomically(root / "blocked", asBytes("x")).ok());
     EXPECT_EQ(fs().list(root), Names{"blocked"});
     EXPECT_EQ(fs().list(root / "blocked"), Names{"inner"});
@@ -105,9 +100,9 @@ TEST_P(FileSystemContract, BoundedReadsTakeOnlyPlainFilesAndExchangeSwapsFolders
     const auto whole = fs().readRegularFile(root / "file", 12);
     ASSERT_TRUE(whole.ok());
     EXPECT_EQ(asText(*whole), "twelve bytes");
-    EXPECT_EQ(failure(fs().readRegularFile(root / "file", 11)), FileError::Code::tooLarge);
-    EXPECT_EQ(failure(fs().readRegularFile(root / "folder", 100)), FileError::Code::notAFile);
-    EXPECT_EQ(failure(fs().readRegularFile(root / "absent", 100)), FileError::Code::notFound);
+    EXPECT_EQ(failedWith(fs().readRegularFile(root / "file", 11)), FileError::Code::tooLarge);
+    EXPECT_EQ(failedWith(fs().readRegularFile(root / "folder", 100)), FileError::Code::notAFile);
+    EXPECT_EQ(failedWith(fs().readRegularFile(root / "absent", 100)), FileError::Code::notFound);
     // A new file only: one already there, or a folder, stays as it was.
     ASSERT_TRUE(fs().createFile(root / "new", asBytes("fresh")).ok());
     EXPECT_EQ(contentsOf(fs(), root / "new"), "fresh");
@@ -131,7 +126,7 @@ TEST_P(FileSystemContract, BoundedReadsTakeOnlyPlainFilesAndExchangeSwapsFolders
     auto vacated = fs().lockExclusively(root / "a" / ".lock");
     ASSERT_TRUE(vacated.ok());
     EXPECT_TRUE(vacated->has_value());
-    EXPECT_EQ(failure(fs().exchange(root / "a", root / "absent")), FileError::Code::notFound);
+    EXPECT_EQ(failedWith(fs().exchange(root / "a", root / "absent")), FileError::Code::notFound);
     EXPECT_TRUE(fs().exists(root / "a" / "inner"));
 }
 
@@ -141,8 +136,8 @@ TEST(PosixFileSystem, BoundedReadsRefuseLinksAndPipesWithoutWaiting) {
     ASSERT_TRUE(disk.replaceFileAtomically(folder.path / "real", asBytes("x")).ok());
     std::filesystem::create_symlink(folder.path / "real", folder.path / "link");
     ASSERT_EQ(::mkfifo((folder.path / "pipe").c_str(), 0600), 0);
-    EXPECT_EQ(failure(disk.readRegularFile(folder.path / "link", 100)), FileError::Code::notAFile);
-    EXPECT_EQ(failure(disk.readRegularFile(folder.path / "pipe", 100)), FileError::Code::notAFile);
+    EXPECT_EQ(failedWith(disk.readRegularFile(folder.path / "link", 100)), FileError::Code::notAFile);
+    EXPECT_EQ(failedWith(disk.readRegularFile(folder.path / "pipe", 100)), FileError::Code::notAFile);
     EXPECT_EQ(disk.readRegularFile(folder.path / "link", 100).error().message(),
               (folder.path / "link").string() +
                   " is a link, folder or device rather than a plain file, so choose the file itself.");
@@ -196,12 +191,12 @@ TEST(PosixFileSystem, FailedReplaceLeavesTargetUntouched) {
     ASSERT_EQ(::chmod(folder.path.c_str(), 0500), 0);
     const auto readOnly = fs.replaceFileAtomically(target, asBytes("new"));
     ASSERT_EQ(::chmod(folder.path.c_str(), 0700), 0);
-    EXPECT_EQ(failure(readOnly), FileError::Code::permissionDenied);
+    EXPECT_EQ(failedWith(readOnly), FileError::Code::permissionDenied);
     EXPECT_EQ(contentsOf(fs, target), "old contents");
     EXPECT_EQ(fs.list(folder.path), Names{"vault.corvale"});
 
     ASSERT_EQ(::chmod(target.c_str(), 0000), 0);
-    EXPECT_EQ(failure(fs.readFile(target)), FileError::Code::permissionDenied);
+    EXPECT_EQ(failedWith(fs.readFile(target)), FileError::Code::permissionDenied);
 }
 
 TEST(InMemoryFileSystem, FullDiskFailsWritesAndOnlySuccessfulWritesCount) {
@@ -213,7 +208,7 @@ TEST(InMemoryFileSystem, FullDiskFailsWritesAndOnlySuccessfulWritesCount) {
     ASSERT_TRUE(fs.replaceFileAtomically("/vault/a", asBytes("new a")).ok());
     ASSERT_TRUE(fs.replaceFileAtomically("/vault/a", asBytes("12345")).ok());  // exactly at the limit
     const auto full = fs.replaceFileAtomically("/vault/b", asBytes("x"));
-    ASSERT_EQ(failure(full), FileError::Code::noSpace);
+    ASSERT_EQ(failedWith(full), FileError::Code::noSpace);
     EXPECT_EQ(full.error().path, "/vault/b");
     EXPECT_EQ(contentsOf(fs, "/vault/b"), "old b");
     EXPECT_TRUE(fs.replaceFileAtomically("/vault/c", {}).ok()) << "an empty file still fits";

@@ -3,6 +3,7 @@
 // their published result, and every other shape must be refused outright
 // rather than half-supported.
 #include "platform/Crypto.h"
+#include "support/Outcomes.h"
 
 #include <gtest/gtest.h>
 #include <simdjson.h>
@@ -14,13 +15,7 @@
 namespace corvale::crypto {
 namespace {
 
-Bytes fromHex(std::string_view hex) {
-    Bytes bytes;
-    bytes.reserve(hex.size() / 2);
-    for (std::size_t i = 0; i + 1 < hex.size(); i += 2)
-        bytes.push_back(static_cast<std::uint8_t>(std::stoi(std::string(hex.substr(i, 2)), nullptr, 16)));
-    return bytes;
-}
+using test_support::fromHex;
 
 std::string text(simdjson::ondemand::object& object, std::string_view key) {
     std::string_view value;

@@ -1,20 +1,15 @@
 #include "records/JSONReader.h"
 #include "records/JSONWriter.h"
 #include "records/VaultDocument.h"
+#include "support/DiskFiles.h"
 
 #include <gtest/gtest.h>
-
-#include <fstream>
-#include <sstream>
 
 namespace corvale {
 namespace {
 
 std::string readTestFile(const std::string& name) {
-    std::ifstream file(std::string(CORVALE_TEST_DATA_DIR) + "/" + name, std::ios::binary);
-    std::stringstream buffer;
-    buffer << file.rdbuf();
-    return buffer.str();
+    return std::string(asText(test_support::readAll(std::filesystem::path(CORVALE_TEST_DATA_DIR) / name)));
 }
 
 VaultDocument decodeOrFail(std::string_view json) {

@@ -4,12 +4,11 @@
 #include "records/JSONReader.h"
 #include "requirements/RuleDataReader.h"
 #include "requirements/USState.h"
+#include "support/DiskFiles.h"
 
 #include <gtest/gtest.h>
 
-#include <fstream>
 #include <set>
-#include <sstream>
 
 namespace corvale {
 namespace {
@@ -32,10 +31,7 @@ const std::set<std::string, std::less<>> kFrequencies{"once", "firstRenewal", "e
 const std::vector<std::string> kEverywhere{"md", "do", "np", "pa", "rn", "lpn"};
 
 std::string readResource(std::string_view name) {
-    std::ifstream in(std::string(CORVALE_RESOURCES_DIR) + "/" + std::string(name));
-    std::stringstream text;
-    text << in.rdbuf();
-    return text.str();
+    return std::string(asText(test_support::readAll(std::filesystem::path(CORVALE_RESOURCES_DIR) / name)));
 }
 
 class Checker {

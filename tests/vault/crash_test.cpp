@@ -1,5 +1,6 @@
 #include "platform/Crypto.h"
 #include "platform/linux/PosixFileSystem.h"
+#include "support/DiskFiles.h"
 #include "vault/VaultFiles.h"
 
 #include <gtest/gtest.h>
@@ -18,8 +19,8 @@ namespace fs = std::filesystem;
 // Kills a process that saves in a loop at random moments: every time, the
 // vault must open and hold a document at least as new as the last one seen.
 TEST(CrashSafety, AVaultKilledMidSaveOpensWithTheOldOrTheNewDocument) {
-    char pattern[] = "/tmp/corvale-crash-XXXXXX";
-    const fs::path folder = mkdtemp(pattern);
+    const test_support::TemporaryFolder temporary;
+    const fs::path& folder = temporary.path;
     PosixFileSystem disk;
     const Bytes keyBytes = crypto::randomBytes(32);
     VaultFiles files(disk, SecureBytes(keyBytes), folder, folder);
@@ -86,7 +87,6 @@ TEST(CrashSafety, AVaultKilledMidSaveOpensWithTheOldOrTheNewDocument) {
     // Killed writers leave their temporaries behind; the next holder of the vault sweeps them.
     ASSERT_TRUE(files.removeStaleTemporaries());
     EXPECT_EQ(disk.list(folder), std::vector<std::string>{"vault.pbv"});
-    fs::remove_all(folder);
 }
 
 }  // namespace

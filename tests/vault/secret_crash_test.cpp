@@ -1,5 +1,6 @@
 #include "platform/Crypto.h"
 #include "platform/ProcessHardening.h"
+#include "support/DiskFiles.h"
 
 #include <gtest/gtest.h>
 #include <poll.h>
@@ -9,7 +10,6 @@
 
 #include <filesystem>
 #include <fstream>
-#include <iterator>
 #include <sstream>
 #include <string>
 
@@ -17,11 +17,6 @@ namespace corvale {
 namespace {
 
 namespace fs = std::filesystem;
-
-std::string readAll(const fs::path& file) {
-    std::ifstream in(file, std::ios::binary);
-    return std::string(std::istreambuf_iterator<char>(in), {});
-}
 
 // The first line the child prints, or empty after thirty seconds.
 std::string firstLine(int fd) {
@@ -58,8 +53,8 @@ TEST(SecretsAfterACrash, NoFileHoldsTheKeyOrRecordText) {
     std::vector<int> signals = {SIGABRT};
     if (!kStaysDumpable) signals.push_back(SIGSEGV);
     for (const int signal : signals) {
-        char pattern[] = "/tmp/corvale-secrets-XXXXXX";
-        const fs::path root = ::mkdtemp(pattern);
+        const test_support::TemporaryFolder folder;
+        const fs::path& root = folder.path;
         int output[2];
         ASSERT_EQ(::pipe(output), 0);
         const pid_t child = ::fork();
@@ -96,13 +91,12 @@ TEST(SecretsAfterACrash, NoFileHoldsTheKeyOrRecordText) {
             ++scanned;
             vaultWritten |= entry.path().extension() == ".pbv";
             EXPECT_EQ(entry.path().filename().string().rfind("core", 0), std::string::npos) << entry.path();
-            const std::string bytes = readAll(entry.path());
+            const std::string bytes(asText(test_support::readAll(entry.path())));
             EXPECT_EQ(bytes.find(key), std::string::npos) << entry.path() << " holds the key";
             EXPECT_EQ(bytes.find(keyHex), std::string::npos) << entry.path() << " holds the key";
             EXPECT_EQ(bytes.find(name), std::string::npos) << entry.path() << " holds record text";
         }
         EXPECT_TRUE(vaultWritten) << scanned << " files, none of them the vault";
-        fs::remove_all(root);
     }
 }
 

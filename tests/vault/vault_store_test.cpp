@@ -7,6 +7,7 @@
 #include "vault/VaultStore.h"
 
 #include "DiskDevice.h"
+#include "support/Outcomes.h"
 
 #include <gtest/gtest.h>
 
@@ -190,22 +191,15 @@ TEST(VaultStore, ALockWhoseSaveFailsStillLocksAndSavesAfterUnlock) {
 // then outlives a quit.
 TEST(VaultStore, ALockInAnUnwritableFolderLocksAndLaterSaves) {
     DiskDevice device;
-    const fs::path home = device.home;
-    auto& disk = device.files;
-    auto& secrets = device.secrets;
-    const VaultStoreSetup setup = device.setup();
     const fs::path folder = device.vaultFolder();
     const fs::path vaultFile = folder / "vault.pbv";
-    const auto noted = [&](VaultStore& store, const std::string& notes) {
-        return store.change([&](VaultDocument& doc) { doc.people[0].notes = notes; });
-    };
-    auto store = std::make_unique<VaultStore>(setup);
+    auto store = std::make_unique<VaultStore>(device.setup());
     ASSERT_TRUE(store->create(nurse({})));
     ASSERT_TRUE(store->setAppLock(true));
 
     // chmod does not stop root, who runs these tests in CI containers.
     if (::geteuid() != 0) {
-        ASSERT_TRUE(noted(*store, "read-only folder"));
+        ASSERT_TRUE(store->change([](VaultDocument& doc) { doc.people[0].notes = "read-only folder"; }));
         fs::permissions(folder, fs::perms::owner_read | fs::perms::owner_exec);
         ASSERT_TRUE(store->lock());
         EXPECT_TRUE(store->doc().people.empty());
@@ -213,11 +207,11 @@ TEST(VaultStore, ALockInAnUnwritableFolderLocksAndLaterSaves) {
         fs::permissions(folder, fs::perms::owner_all);
         ASSERT_TRUE(store->unlock());
         EXPECT_FALSE(store->lastSaveError());
-        EXPECT_EQ(notesOnDisk(disk, secrets, folder), "read-only folder");
+        EXPECT_EQ(notesOnDisk(device.files, device.secrets, folder), "read-only folder");
     }
 
-    ASSERT_TRUE(noted(*store, "kept through a quit"));
-    fs::rename(vaultFile, home / "vault.aside");
+    ASSERT_TRUE(store->change([](VaultDocument& doc) { doc.people[0].notes = "kept through a quit"; }));
+    fs::rename(vaultFile, device.home / "vault.aside");
     fs::create_directories(vaultFile / "in-the-way");
     ASSERT_TRUE(store->lock());
     EXPECT_TRUE(store->doc().people.empty());
@@ -225,8 +219,8 @@ TEST(VaultStore, ALockInAnUnwritableFolderLocksAndLaterSaves) {
     store.reset();  // the app quits while the disk still refuses
 
     fs::remove_all(vaultFile);
-    fs::rename(home / "vault.aside", vaultFile);
-    VaultStore later(setup);
+    fs::rename(device.home / "vault.aside", vaultFile);
+    VaultStore later(device.setup());
     ASSERT_TRUE(later.start());
     ASSERT_TRUE(later.unlock());
     EXPECT_EQ(later.doc().people.at(0).notes, "kept through a quit");
@@ -291,9 +285,7 @@ TEST(VaultStore, AVaultWithoutItsKeyWaitsUntouchedAndOnlyOneProcessHoldsIt) {
     EXPECT_EQ(device.files.readFile(device.vaultFile()).value(), sealed);
 
     VaultStore second(device.setup());
-    const auto refused = second.start();
-    ASSERT_FALSE(refused);
-    EXPECT_EQ(refused.error().message(),
+    EXPECT_EQ(messageOf(second.start()),
               "This vault is open in another Corvale window or command, so close it there and try again.");
 }
 
@@ -354,9 +346,7 @@ TEST(VaultStore, AnotherDeviceJoinsWithTheKeyFileAndOnlyTheRightPassphrase) {
     EXPECT_EQ(first.files.writeCount(), writes + 2);
     EXPECT_EQ(second.secrets.itemCount(), 0u);
 
-    const auto wrong = joiner.join(carried, "battery staple");
-    ASSERT_FALSE(wrong);
-    EXPECT_EQ(wrong.error().message(), "That passphrase doesn't unlock this vault.");
+    EXPECT_EQ(messageOf(joiner.join(carried, "battery staple")), "That passphrase doesn't unlock this vault.");
     EXPECT_EQ(second.secrets.itemCount(), 0u);
     EXPECT_FALSE(first.files.exists(second.home / "share/Corvale/Vault/vault.pbv"));
 
@@ -445,9 +435,7 @@ TEST(VaultStore, JoiningTakesOnlyPlainFilesOfBoundedSizeAndTheBlobsTheDocumentNe
     // Sealed under the right key but not the bytes its name promises.
     fs::copy_file(carried / "blobs" / scanBlob, root / "scan", fs::copy_options::overwrite_existing);
     fs::copy_file(carried / "blobs" / cvBlob, carried / "blobs" / scanBlob, fs::copy_options::overwrite_existing);
-    const auto mismatched = laptop.join(carried, "correct horse");
-    ASSERT_FALSE(mismatched);
-    EXPECT_EQ(mismatched.error().code, VaultError::Code::damaged);
+    EXPECT_EQ(failedWith(laptop.join(carried, "correct horse")), VaultError::Code::damaged);
     EXPECT_EQ(laptopSecrets.itemCount(), 0u);
     fs::copy_file(root / "scan", carried / "blobs" / scanBlob, fs::copy_options::overwrite_existing);
 
@@ -518,9 +506,8 @@ TEST(VaultStore, ADocumentCopySavedElsewhereIsWholeOrNotThere) {
     EXPECT_EQ(asText(device.files.readFile("/home/ana/Documents/licence.pdf").value()), "licence scan");
 
     device.files.failWritesAfter(4);
-    const auto cut = store.saveDocumentCopy(added->id, "/home/ana/Documents/again.pdf");
-    ASSERT_FALSE(cut);
-    EXPECT_EQ(cut.error().code, VaultError::Code::storage);
+    EXPECT_EQ(failedWith(store.saveDocumentCopy(added->id, "/home/ana/Documents/again.pdf")),
+              VaultError::Code::storage);
     EXPECT_FALSE(device.files.exists("/home/ana/Documents/again.pdf"));
     EXPECT_EQ(device.files.list("/home/ana/Documents"), std::vector<std::string>{"licence.pdf"});
     device.files.clearWriteFailures();
