@@ -26,7 +26,6 @@
 #include <QLabel>
 #include <QLineEdit>
 #include <QPalette>
-#include <QStyle>
 #include <QTest>
 #include <QVBoxLayout>
 #include <QWidget>

@@ -11,7 +11,6 @@
 #include <QFileInfo>
 #include <QLabel>
 #include <QPlainTextEdit>
-#include <QPushButton>
 #include <QSignalSpy>
 #include <QTableView>
 #include <QTemporaryDir>
@@ -536,23 +535,6 @@ private slots:
         testing::button(*page.editor(), QStringLiteral("Delete activity"))->click();
         QVERIFY(activityTitled(vault.store.doc(), "Journal club")->deleted);
         QVERIFY(!page.editor()->isEditing());
-    }
-
-    void screenshotOfLoggingForTexas() {
-        // An office in view is photographed on every screen by ThemeTest and MainWindowTest.
-        for (const bool dark : {false, true}) {
-            testing::DesktopScheme scheme(dark);
-            OpenVault vault(testing::fillSampleVault);
-            const std::string maya = vault.store.doc().people.at(0).id;
-            testing::StyledWindow window;
-            auto* page = window.hold(new CMEPage(vault.context, &window));
-            page->logActivity(QString::fromStdString(licenceId(vault.store.doc(), maya, "TX")));
-            fill(*page->editor(), QStringLiteral("Title"), QStringLiteral("Opioid prescribing and pain management"));
-            fill(*page->editor(), QStringLiteral("Provider"), QStringLiteral("Texas Medical Association"));
-            window.show();
-            QVERIFY(QTest::qWaitForWindowExposed(&window));
-            testing::screenshot(window, dark ? QStringLiteral("cme-dark") : QStringLiteral("cme"));
-        }
     }
 
     void aLargeOfficeStaysQuick() {

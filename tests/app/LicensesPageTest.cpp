@@ -6,13 +6,11 @@
 #include "app/Theme.h"
 #include "app/UnsavedEdits.h"
 
-#include <QAbstractItemView>
 #include <QApplication>
 #include <QCheckBox>
 #include <QFileDialog>
 #include <QLabel>
 #include <QListView>
-#include <QPlainTextEdit>
 #include <QPushButton>
 #include <QScrollArea>
 #include <QScrollBar>
@@ -772,24 +770,6 @@ private slots:
         QVERIFY(!testing::canPress(editor, "Save a copy…"));
         setFileOpener({});
         QVERIFY(vault.store.clearTemporaryFiles().ok());
-    }
-
-    void screenshotsInLightAndDark() {
-        for (const bool dark : {false, true}) {
-            testing::DesktopScheme scheme(dark);  // as the desktop's appearance arrives
-            OpenVault vault(testing::fillSampleOffice);
-            testing::StyledWindow window;
-            auto* page = window.hold(new LicensesPage(vault.context, &window));
-            page->reload();
-            page->editCredential(idOf(vault.store, "stateLicense", std::string("CA")));
-            QVERIFY(page->editor()->isOpen());
-            testing::screenshot(window, dark ? "licenses-dark" : "licenses");
-            if (!dark) {
-                auto* scroll = page->editor()->findChild<QScrollArea*>();
-                scroll->ensureWidgetVisible(named<QListView>(*page->editor(), "Renewal checklist"), 0, 160);
-                testing::screenshot(window, "licenses-renewal");
-            }
-        }
     }
 };
 

@@ -30,7 +30,6 @@
 #include <QComboBox>
 #include <QDBusConnection>
 #include <QDBusMessage>
-#include <QDir>
 #include <QLabel>
 #include <QLineEdit>
 #include <QPushButton>

@@ -6,12 +6,9 @@
 #include <QApplication>
 #include <QLabel>
 #include <QListView>
-#include <QPushButton>
-#include <QScrollArea>
 #include <QSignalSpy>
 #include <QTableView>
 #include <QTest>
-#include <QVBoxLayout>
 
 #include <algorithm>
 
@@ -384,23 +381,6 @@ private slots:
         QVERIFY(press(page, "Save"));
         QCOMPARE(vault.store.doc().people.at(1).phone, std::optional<std::string>("512-555-0107"));
         QCOMPARE(vault.store.doc().people.at(0).phone, std::optional<std::string>("512-555-0142"));
-    }
-
-    void screenshotOfTheSampleProfile() {
-        OpenVault vault(testing::fillSampleVault);
-        testing::StyledWindow window;
-        auto* page = window.hold(new ProfilePage(vault.context, &window));
-        window.show();
-        testing::screenshot(window, QStringLiteral("profile"));
-
-        // Further down: a facility open for editing, beside the list it belongs to.
-        QVERIFY(selectRow(table(*page, "Facilities"), "Seton Medical Center Austin"));
-        QVERIFY(press(*page, "Edit facility"));
-        QTest::qWait(20);
-        auto* scroll = page->findChild<QScrollArea*>();
-        scroll->ensureWidgetVisible(testing::button(*page, "Save facility"), 0, 40);
-        QTest::qWait(20);
-        testing::screenshot(window, QStringLiteral("profile-facility"));
     }
 };
 

@@ -9,12 +9,8 @@
 #include <QComboBox>
 #include <QFile>
 #include <QLabel>
-#include <QScrollArea>
-#include <QScrollBar>
 #include <QSignalSpy>
 #include <QTemporaryDir>
-#include <QTest>
-#include <QVBoxLayout>
 
 namespace corvale::app {
 
@@ -354,30 +350,6 @@ private slots:
         QVERIFY(vault.store.doc().people.empty());
         QVERIFY(!vault.device.files.exists(document));
         QCOMPARE(vault.device.secrets.itemCount(), std::size_t{0});
-    }
-
-    void screenshotOfTheSampleSettings() {
-        OpenVault vault(testing::fillSampleVault);
-        testing::StyledWindow window;
-        auto* page = window.hold(new SettingsPage(vault.context, &window));
-        window.show();
-        testing::screenshot(window, QStringLiteral("settings"));
-
-        // The inline steps, one open at a time, as the user meets them further down the page.
-        auto* scroll = page->findChild<QScrollArea*>();
-        const auto scrollTo = [&](const QString& name) {
-            QTest::qWait(20);
-            scroll->ensureWidgetVisible(testing::button(*page, name), 0, 40);
-            QTest::qWait(20);
-        };
-        QVERIFY(press(*page, "Export backup…"));
-        typePassphrase(*page, "Backup", "correct horse", "correct");
-        QVERIFY(press(*page, "Save backup…"));
-        scrollTo("Save backup…");
-        testing::screenshot(window, QStringLiteral("settings-backup"));
-        QVERIFY(press(*page, "Erase this device…"));
-        scrollTo("Erase now");
-        testing::screenshot(window, QStringLiteral("settings-erase"));
     }
 };
 

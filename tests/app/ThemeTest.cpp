@@ -9,13 +9,10 @@
 #include "app/ThemeColors.h"
 
 #include <QAbstractItemView>
-#include <QAbstractSpinBox>
-#include <QApplication>
 #include <QComboBox>
+#include <QHeaderView>
 #include <QImage>
 #include <QItemSelectionModel>
-#include <QHeaderView>
-#include <QPushButton>
 #include <QTreeView>
 #include <QTest>
 

@@ -30,16 +30,6 @@ TEST(CredentialKind, ListsInPickerOrderWithTheRenewalProperties) {
     EXPECT_EQ(needingState, (std::set<std::string>{"stateLicense", "stateCSR"}));
     EXPECT_EQ(critical, (std::set<std::string>{"stateLicense", "dea", "boardCertification"}));
 
-    EXPECT_EQ(typicalYears(CredentialKind::stateLicense), 2);
-    EXPECT_EQ(typicalYears(CredentialKind::dea), 3);
-    EXPECT_EQ(typicalYears(CredentialKind::atls), 4);
-    EXPECT_EQ(typicalYears(CredentialKind::malpractice), 1);
-    EXPECT_EQ(typicalYears(CredentialKind::boardCertification), std::nullopt);
-    EXPECT_EQ(typicalYears(CredentialKind::other), std::nullopt);
-    EXPECT_EQ(typicalDays(CredentialKind::caqh), 120);
-    EXPECT_EQ(typicalDays(CredentialKind::imlcLOQ), 365);
-    EXPECT_EQ(typicalDays(CredentialKind::bls), std::nullopt);
-
     EXPECT_EQ(credentialKindFromRaw("StateLicense"), std::nullopt);
     EXPECT_EQ(credentialKindFromRaw("telehealthPermit"), std::nullopt);
 }
@@ -49,6 +39,8 @@ TEST(CredentialKind, ProposesAnExpiryFromTheIssueDate) {
     EXPECT_EQ(proposedExpiry(CredentialKind::bls, issued), (Day{2026, 2, 28}));  // no Feb 29 two years on
     EXPECT_EQ(proposedExpiry(CredentialKind::dea, Day{2025, 1, 31}), (Day{2028, 1, 31}));
     EXPECT_EQ(proposedExpiry(CredentialKind::atls, Day{2025, 6, 15}), (Day{2029, 6, 15}));
+    EXPECT_EQ(proposedExpiry(CredentialKind::stateLicense, Day{2025, 6, 15}), (Day{2027, 6, 15}));
+    EXPECT_EQ(proposedExpiry(CredentialKind::malpractice, Day{2025, 6, 15}), (Day{2026, 6, 15}));
     // Day counts win over the year they round to.
     EXPECT_EQ(proposedExpiry(CredentialKind::caqh, Day{2026, 11, 22}), (Day{2027, 3, 22}));
     EXPECT_EQ(proposedExpiry(CredentialKind::imlcLOQ, issued), (Day{2025, 2, 28}));
