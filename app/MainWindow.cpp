@@ -206,7 +206,13 @@ void MainWindow::addScreen(const QString& name, const QString& title, QWidget* p
     const int row = m_sidebar->count() - 1;
     auto* jump = new QShortcut(QKeySequence(Qt::CTRL | static_cast<Qt::Key>(Qt::Key_1 + row)), m_shell);
     jump->setWhatsThis(tr("Go to %1").arg(title));
-    connect(jump, &QShortcut::activated, this, [this, row] { m_sidebar->setCurrentRow(row); });
+    connect(jump, &QShortcut::activated, this, [this, row] {
+        m_sidebar->setCurrentRow(row);
+        // The page itself takes focus: focus left inside the page going out of view would pass to the
+        // next control in the chain, often the new page's main button, where Enter would start something
+        // unasked. The page's own shortcuts (Ctrl+N) still reach it, and Tab goes to its first control.
+        if (QWidget* shown = m_screens->currentWidget()) shown->setFocus(Qt::ShortcutFocusReason);
+    });
     m_sidebar->item(row)->setToolTip(tr("%1 (Ctrl+%2)").arg(title).arg(row + 1));
     if (auto* screen = qobject_cast<Screen*>(page)) {
         m_screenList.push_back(screen);

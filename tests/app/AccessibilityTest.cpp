@@ -155,6 +155,12 @@ private slots:
             QVERIFY2(!qobject_cast<QAbstractButton*>(focus),
                      qPrintable(QStringLiteral("screen %1 focuses %2").arg(screen + 1).arg(focus ? describe(focus) : QString())));
         }
+        // Even from inside another page: focus leaving a hidden page must not land on the next one's button.
+        window.showScreen(QStringLiteral("licenses"));
+        testing::field(*window.licensesPage(), QStringLiteral("Search credentials"))->setFocus();
+        QTest::keyClick(&window, Qt::Key_4, Qt::ControlModifier);
+        QCOMPARE(window.pageName(), QStringLiteral("cme"));
+        QVERIFY2(!qobject_cast<QAbstractButton*>(QApplication::focusWidget()), qPrintable(describe(QApplication::focusWidget())));
 
         // A refused save ties what is wrong to the field, which a screen reader reads with its name.
         window.showScreen(QStringLiteral("licenses"));
