@@ -15,7 +15,7 @@
 #include "requirements/Readiness.h"
 #include "requirements/Requirements.h"
 #include "requirements/CredentialRenewal.h"
-#include "requirements/USState.h"
+#include "records/USState.h"
 #include "vault/VaultStore.h"
 
 #include <QComboBox>

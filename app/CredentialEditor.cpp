@@ -11,7 +11,7 @@
 #include "requirements/NurseCompact.h"
 #include "requirements/Requirements.h"
 #include "requirements/RuleData.h"
-#include "requirements/USState.h"
+#include "records/USState.h"
 #include "vault/VaultStore.h"
 
 #include "app/DateField.h"

@@ -4,7 +4,7 @@
 #include "app/Theme.h"
 #include "records/AsciiCase.h"
 #include "records/NPI.h"
-#include "requirements/USState.h"
+#include "records/USState.h"
 #include "vault/VaultStore.h"
 
 #include <QCheckBox>

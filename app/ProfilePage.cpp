@@ -9,7 +9,7 @@
 #include "platform/Clock.h"
 #include "records/CredentialKind.h"
 #include "records/NPI.h"
-#include "requirements/USState.h"
+#include "records/USState.h"
 #include "vault/VaultStore.h"
 
 #include <QAbstractTableModel>

@@ -13,7 +13,7 @@
 #include "platform/Clock.h"
 #include "records/Degree.h"
 #include "records/EntryRules.h"
-#include "requirements/USState.h"
+#include "records/USState.h"
 #include "vault/VaultStore.h"
 
 #include <QCheckBox>

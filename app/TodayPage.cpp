@@ -7,7 +7,7 @@
 #include "app/Theme.h"
 #include "app/ThemeColors.h"
 #include "requirements/CredentialRenewal.h"
-#include "requirements/USState.h"
+#include "records/USState.h"
 
 #include <QFrame>
 #include <QHBoxLayout>

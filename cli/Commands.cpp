@@ -10,7 +10,7 @@
 #include "records/DocumentKind.h"
 #include "records/EntryRules.h"
 #include "records/RecordEnums.h"
-#include "requirements/USState.h"
+#include "records/USState.h"
 
 #include <CLI/CLI.hpp>
 

@@ -12,7 +12,7 @@
 #include "requirements/ReadinessReport.h"
 #include "requirements/RenewalPlan.h"
 #include "requirements/ReadinessJSON.h"
-#include "requirements/USState.h"
+#include "records/USState.h"
 
 #include <algorithm>
 #include <map>

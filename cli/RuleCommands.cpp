@@ -5,7 +5,7 @@
 #include "records/JSONWriter.h"
 #include "requirements/NurseCompact.h"
 #include "requirements/ReadinessJSON.h"
-#include "requirements/USState.h"
+#include "records/USState.h"
 
 #include <algorithm>
 #include <cctype>

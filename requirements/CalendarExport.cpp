@@ -4,7 +4,7 @@
 #include "requirements/Hours.h"
 #include "requirements/Readiness.h"
 #include "requirements/ReminderPlan.h"
-#include "requirements/USState.h"
+#include "records/USState.h"
 
 #include <algorithm>
 #include <cstdio>

@@ -1,7 +1,7 @@
 #include "requirements/CredentialRenewal.h"
 
 #include "records/RecordEnums.h"
-#include "requirements/USState.h"
+#include "records/USState.h"
 
 #include <algorithm>
 #include <unordered_map>

@@ -3,7 +3,7 @@
 
 #include "records/CredentialKind.h"
 #include "requirements/RuleData.h"
-#include "requirements/USState.h"
+#include "records/USState.h"
 
 #include <algorithm>
 #include <array>

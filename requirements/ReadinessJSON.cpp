@@ -1,7 +1,7 @@
 #include "requirements/ReadinessJSON.h"
 
 #include "records/RecordJSON.h"
-#include "requirements/USState.h"
+#include "records/USState.h"
 
 namespace corvale {
 namespace {

@@ -3,7 +3,7 @@
 #include "requirements/CredentialRenewal.h"
 #include "requirements/CredentialStatus.h"
 #include "requirements/Readiness.h"
-#include "requirements/USState.h"
+#include "records/USState.h"
 
 #include <algorithm>
 #include <map>

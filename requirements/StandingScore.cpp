@@ -4,7 +4,7 @@
 #include "requirements/Hours.h"
 #include "requirements/NumberWord.h"
 #include "requirements/StateProgress.h"
-#include "requirements/USState.h"
+#include "records/USState.h"
 
 #include <algorithm>
 #include <unordered_map>

@@ -2,7 +2,7 @@
 
 #include "requirements/CMECycle.h"
 #include "requirements/Hours.h"
-#include "requirements/USState.h"
+#include "records/USState.h"
 
 #include <algorithm>
 #include <cmath>

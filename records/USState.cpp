@@ -1,4 +1,4 @@
-#include "requirements/USState.h"
+#include "records/USState.h"
 #include "records/AsciiCase.h"
 
 #include <algorithm>
