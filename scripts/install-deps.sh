@@ -13,7 +13,7 @@ packages=(
   qt6-base-dev qt6-base-dev-tools libgl-dev xvfb xauth
   dunst python3 python3-icalendar
   librsvg2-bin dpkg-dev desktop-file-utils appstream debootstrap
-  libpango1.0-dev libcairo2-dev poppler-utils
+  libpango1.0-dev libcairo2-dev poppler-utils libpcre2-dev
 )
 
 missing=()
