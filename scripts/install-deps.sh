@@ -11,9 +11,11 @@ packages=(
   libsimdjson-dev libcli11-dev libdeflate-dev libpam0g-dev
   gnome-keyring dbus libsecret-tools procps
   qt6-base-dev qt6-base-dev-tools libgl-dev xvfb xauth
-  dunst python3 python3-icalendar
+  dunst python3 python3-icalendar fonts-dejavu-core qpdf
   librsvg2-bin dpkg-dev desktop-file-utils appstream debootstrap
   libpango1.0-dev libcairo2-dev poppler-utils libpcre2-dev
+  libtesseract-dev libleptonica-dev tesseract-ocr tesseract-ocr-eng tesseract-ocr-osd
+  libpoppler-cpp-dev libheif-dev
 )
 
 missing=()
