@@ -2,6 +2,7 @@
 // Shared by the command groups; not part of the library's interface.
 
 #include "cli/Commands.h"
+#include "platform/TextRecognizer.h"
 #include "records/Day.h"
 #include "records/Timestamp.h"
 
@@ -28,6 +29,7 @@ struct Session {
     const StateFees& fees;
     Notifier& notifier;
     LinkOpener openLink;
+    TextRecognizer& recognizer;
 
     int failed(std::string_view message) {
         err << message << '\n';
@@ -96,6 +98,9 @@ struct DocumentOptions {
     std::filesystem::path file;
     std::optional<std::string> person, kind;
 };
+
+// Recognises and parses a document without storing it.
+int runDocumentRead(Session& session, const std::filesystem::path& file, bool json);
 
 struct RulesOptions {
     std::string state;

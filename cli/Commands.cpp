@@ -5,6 +5,7 @@
 #include "cli/DesktopApp.h"
 #include "cli/SafeOutput.h"
 #include "platform/linux/DBusNotifier.h"
+#include "platform/linux/TesseractRecognizer.h"
 #include "records/CredentialKind.h"
 #include "records/Degree.h"
 #include "records/DocumentKind.h"
@@ -210,6 +211,7 @@ int runCommandLine(std::vector<std::string> args, std::istream& in, std::ostream
     std::ostream safeOut(&outBuffer);
     std::ostream safeErr(&errBuffer);
     DBusNotifier desktopNotifier;
+    TesseractRecognizer deviceRecognizer;
     Session session{setup,
                     in,
                     safeOut,
@@ -218,7 +220,8 @@ int runCommandLine(std::vector<std::string> args, std::istream& in, std::ostream
                     data.requirements ? *data.requirements : Requirements::shared(),
                     data.fees ? *data.fees : StateFees::shared(),
                     notifier ? *notifier : desktopNotifier,
-                    openLink ? std::move(openLink) : LinkOpener(startDesktopApp)};
+                    openLink ? std::move(openLink) : LinkOpener(startDesktopApp),
+                    deviceRecognizer};
 
     CLI::App app("Corvale: licences, CME and documents in an encrypted vault on this machine.", "corvale");
     app.require_subcommand(1);
@@ -335,6 +338,10 @@ int runCommandLine(std::vector<std::string> args, std::istream& in, std::ostream
         document.kind = given(docKindOption, documentKind);
         action = [&] { return runDocumentAdd(session, document); };
     });
+    auto* docRead = doc->add_subcommand("read", "Read a document on this machine and show what it says; stores nothing");
+    docRead->add_option("FILE", documentFile, "A PDF or a picture")->required();
+    addJSON(docRead);
+    docRead->callback([&] { action = [&] { return runDocumentRead(session, documentFile, json); }; });
     auto* docOpen = doc->add_subcommand("open", "Make a temporary plain copy and print its path");
     docOpen->add_option("ID", recordId, "Document id")->required();
     docOpen->callback([&] { action = [&] { return runDocumentOpen(session, recordId); }; });
