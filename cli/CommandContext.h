@@ -97,7 +97,17 @@ struct CMEOptions {
 struct DocumentOptions {
     std::filesystem::path file;
     std::optional<std::string> person, kind;
+    bool read = false;  // recognise it and propose the record it belongs to
 };
+
+struct DocumentReviewOptions {
+    std::string id;
+    std::vector<std::string> corrections;  // FIELD=VALUE
+    bool accept = false;
+};
+int runDocumentReview(Session& session, const DocumentReviewOptions& options, bool json);
+int runDocumentList(Session& session, bool needsReview, bool json);
+int runDocumentDuplicates(Session& session, bool remove);
 
 // Recognises and parses a document without storing it.
 int runDocumentRead(Session& session, const std::filesystem::path& file, bool json);

@@ -332,6 +332,7 @@ int runCommandLine(std::vector<std::string> args, std::istream& in, std::ostream
     docAdd->add_option("FILE", documentFile, "The file")->required();
     auto* docPersonOption = docAdd->add_option("--person", documentOwner, "Owner's id");
     auto* docKindOption = docAdd->add_option("--kind", documentKind, "Document kind")->check(documentKinds);
+    docAdd->add_flag("--read", document.read, "Read it on this machine and propose the record it belongs to");
     docAdd->callback([&] {
         document.file = documentFile;
         document.person = given(docPersonOption, documentOwner);
@@ -342,6 +343,22 @@ int runCommandLine(std::vector<std::string> args, std::istream& in, std::ostream
     docRead->add_option("FILE", documentFile, "A PDF or a picture")->required();
     addJSON(docRead);
     docRead->callback([&] { action = [&] { return runDocumentRead(session, documentFile, json); }; });
+    DocumentReviewOptions review;
+    auto* docReview = doc->add_subcommand("review", "Show what a read document proposes, or confirm it");
+    docReview->add_option("ID", review.id, "Document id")->required();
+    docReview->add_option("--set", review.corrections, "Correct a field first: FIELD=VALUE (repeatable)");
+    docReview->add_flag("--accept", review.accept, "Create or update the record and clear needs-review");
+    addJSON(docReview);
+    docReview->callback([&] { action = [&] { return runDocumentReview(session, review, json); }; });
+    bool needsReviewOnly = false;
+    auto* docList = doc->add_subcommand("list", "List the stored documents");
+    docList->add_flag("--needs-review", needsReviewOnly, "Only those still to be confirmed");
+    addJSON(docList);
+    docList->callback([&] { action = [&] { return runDocumentList(session, needsReviewOnly, json); }; });
+    bool removeDuplicates = false;
+    auto* docDuplicates = doc->add_subcommand("duplicates", "List documents stored twice");
+    docDuplicates->add_flag("--remove", removeDuplicates, "Remove them, keeping the first of each");
+    docDuplicates->callback([&] { action = [&] { return runDocumentDuplicates(session, removeDuplicates); }; });
     auto* docOpen = doc->add_subcommand("open", "Make a temporary plain copy and print its path");
     docOpen->add_option("ID", recordId, "Document id")->required();
     docOpen->callback([&] { action = [&] { return runDocumentOpen(session, recordId); }; });

@@ -1,8 +1,12 @@
-// doc read: what a document says, read on this machine, without storing anything.
+// doc add, read, review, list and duplicates: documents stored, read on this machine and filed.
 
 #include "cli/CommandContext.h"
+#include "documents/reading/DocumentDuplicates.h"
 #include "documents/reading/DocumentParser.h"
+#include "documents/reading/DocumentProposal.h"
 #include "documents/reading/GuessJSON.h"
+#include "records/AsciiCase.h"
+#include "records/EntryRules.h"
 #include "records/JSONWriter.h"
 #include "records/USState.h"
 
@@ -27,7 +31,176 @@ std::optional<std::string> hoursText(const std::optional<double>& hours) {
     return text.str();
 }
 
+std::string contentTypeFor(const std::filesystem::path& file) {
+    const std::string extension = asciiLower(file.extension().string());
+    constexpr std::pair<std::string_view, std::string_view> kTypes[] = {
+        {".pdf", "application/pdf"}, {".png", "image/png"},   {".jpg", "image/jpeg"}, {".jpeg", "image/jpeg"},
+        {".heic", "image/heic"},     {".tif", "image/tiff"},  {".tiff", "image/tiff"}, {".txt", "text/plain"},
+    };
+    for (const auto& [ext, type] : kTypes)
+        if (extension == ext) return std::string(type);
+    return "application/octet-stream";
+}
+
+const DocumentRecord* findDocument(const VaultDocument& vault, const std::string& id) {
+    for (const auto& document : vault.documents)
+        if (!document.deleted && document.id == id) return &document;
+    return nullptr;
+}
+
+std::string credentialName(const Credential& credential) {
+    std::string name;
+    if (credential.state) name = USState::nameOf(*credential.state) + " ";
+    const auto kind = credential.kindValue();
+    name += kind ? std::string(displayName(*kind)) : credential.kind;
+    if (credential.number) name += " " + *credential.number;
+    return name;
+}
+
+JSONObject proposalJSON(const DocumentProposal& proposal, const DocumentRecord& document) {
+    JSONObject object{{"documentId", proposal.documentId},
+                      {"target", std::string(rawValue(proposal.target))},
+                      {"needsReview", document.needsReview}};
+    putIfPresent(object, "credentialId", proposal.credentialId);
+    JSONObject fields;
+    for (const auto& [name, value] : proposal.fields) fields.emplace(name, value);
+    object.emplace("fields", std::move(fields));
+    return object;
+}
+
+void printProposal(std::ostream& out, const DocumentProposal& proposal, const VaultDocument& vault) {
+    switch (proposal.target) {
+    case DocumentProposal::Target::existingCredential:
+        for (const auto& credential : vault.credentials)
+            if (credential.id == proposal.credentialId)
+                out << "Proposed: file it with " << credentialName(credential) << " (" << credential.id
+                    << "), updating what is below\n";
+        break;
+    case DocumentProposal::Target::newCredential: out << "Proposed: a new credential\n"; break;
+    case DocumentProposal::Target::newActivity: out << "Proposed: a new CME activity\n"; break;
+    case DocumentProposal::Target::nothing: out << "Proposed: keep it as a document of its own\n"; break;
+    }
+    for (const auto name : proposal.fieldNames()) {
+        const auto value = proposal.fields.find(std::string(name));
+        if (value != proposal.fields.end()) out << "  " << std::left << std::setw(12) << name << ' ' << value->second << '\n';
+    }
+    out << "Confirm with: corvale doc review " << proposal.documentId << " --accept [--set FIELD=VALUE]...\n";
+}
+
+Result<DocumentProposal, std::string> proposalFor(const VaultDocument& vault, const DocumentRecord& document,
+                                                  const std::vector<std::string>& corrections) {
+    const Guess guess = DocumentParser::parse(document.text.value_or(""), document.filename);
+    DocumentProposal proposal = DocumentProposal::make(vault, document, guess);
+    for (const auto& correction : corrections)
+        if (auto set = proposal.set(vault, correction); !set) return fail(set.error());
+    return proposal;
+}
+
 }  // namespace
+
+int runDocumentAdd(Session& session, const DocumentOptions& options) {
+    VaultStore store(session.setup);
+    auto owner = openForNewRecord(session, store, options.person);
+    if (!owner) return session.failed(owner.error());
+    auto bytes = session.setup.files.readFile(options.file);
+    if (!bytes) return session.failed(bytes.error().message());
+    if (auto empty = storedFileProblem(options.file.filename().string(), bytes->size())) return session.failed(*empty);
+    DocumentRecord record;
+    record.id = newUUID();
+    record.updatedAt = session.now();
+    record.personId = *owner;
+    record.filename = options.file.filename().string();
+    record.contentType = contentTypeFor(options.file);
+    record.kind = options.kind;
+    if (options.read) {
+        // Read before storing: a file that is no document is refused and nothing is kept.
+        auto read = session.recognizer.read(*bytes);
+        if (!read) return session.failed(read.error().message());
+        record.text = read->text;
+        if (!record.kind) record.kind = std::string(rawValue(DocumentParser::parse(read->text, record.filename).kind));
+        record.needsReview = true;
+    }
+    auto added = store.addDocument(*bytes, std::move(record));
+    if (!added) return session.failed(added.error());
+    if (auto flushed = store.flush(); !flushed) return session.failed(flushed.error());
+    session.out << added->id << '\n';
+    if (options.read) {
+        auto proposal = proposalFor(store.doc(), *added, {});
+        if (proposal) printProposal(session.out, *proposal, store.doc());
+    }
+    return kSucceeded;
+}
+
+int runDocumentReview(Session& session, const DocumentReviewOptions& options, bool json) {
+    VaultStore store(session.setup);
+    if (auto opened = openRecords(session, store); !opened) return session.failed(opened.error());
+    const DocumentRecord* document = findDocument(store.doc(), options.id);
+    if (!document) return session.failed("No document has the id " + options.id + ".");
+    auto proposal = proposalFor(store.doc(), *document, options.corrections);
+    if (!proposal) return session.usage(proposal.error());
+    if (!options.accept) {
+        if (json) session.out << writeJSON(proposalJSON(*proposal, *document)) << '\n';
+        else printProposal(session.out, *proposal, store.doc());
+        return kSucceeded;
+    }
+    // Tried on a copy, so a refused value leaves the vault file untouched.
+    VaultDocument edited = store.doc();
+    auto accepted = acceptProposal(edited, *proposal, session.now(), Day::today());
+    if (!accepted) return session.failed(accepted.error());
+    const std::optional<std::string> filled = *accepted;
+    auto changed = store.change([&](VaultDocument& vault) { vault = std::move(edited); });
+    if (!changed) return session.failed(changed.error());
+    if (auto flushed = store.flush(); !flushed) return session.failed(flushed.error());
+    session.out << (filled ? "Filed with " + *filled : std::string("Reviewed; it stays a document of its own")) << '\n';
+    return kSucceeded;
+}
+
+int runDocumentList(Session& session, bool needsReview, bool json) {
+    VaultStore store(session.setup);
+    if (auto opened = openRecords(session, store); !opened) return session.failed(opened.error());
+    JSONValue::Array list;
+    for (const auto& document : store.doc().documents) {
+        if (document.deleted || (needsReview && !document.needsReview)) continue;
+        if (json) {
+            JSONObject object{{"id", document.id},           {"personId", document.personId},
+                              {"filename", document.filename}, {"addedAt", document.addedAt.toString()},
+                              {"needsReview", document.needsReview}};
+            putIfPresent(object, "kind", document.kind);
+            list.emplace_back(std::move(object));
+            continue;
+        }
+        const auto kind = document.kind ? documentKindFromRaw(*document.kind) : std::nullopt;
+        session.out << document.id << "  " << document.filename << "  "
+                    << (kind ? displayName(*kind) : std::string_view("Unfiled")) << "  "
+                    << Day::local(document.addedAt.time).toString()
+                    << (document.needsReview ? "  needs review" : "") << '\n';
+    }
+    if (json) session.out << writeJSON(list) << '\n';
+    return kSucceeded;
+}
+
+int runDocumentDuplicates(Session& session, bool remove) {
+    VaultStore store(session.setup);
+    if (auto opened = openRecords(session, store); !opened) return session.failed(opened.error());
+    if (!remove) {
+        const auto copies = DocumentDuplicates::copies(store.doc().documents);
+        for (const auto& [id, copy] : copies) {
+            const DocumentRecord* duplicate = findDocument(store.doc(), id);
+            session.out << duplicate->filename << " (" << id << ") is a copy of " << copy.originalName << " ("
+                        << copy.originalId << "): "
+                        << (copy.reason == DocumentDuplicates::Reason::sameFile ? "the same file" : "the same text")
+                        << '\n';
+        }
+        if (copies.empty()) session.out << "No document is stored twice.\n";
+        return kSucceeded;
+    }
+    std::size_t removed = 0;
+    auto changed = store.change([&](VaultDocument& vault) { removed = DocumentDuplicates::remove(vault, session.now()); });
+    if (!changed) return session.failed(changed.error());
+    if (auto flushed = store.flush(); !flushed) return session.failed(flushed.error());
+    session.out << DocumentDuplicates::removedSentence(removed) << '\n';
+    return kSucceeded;
+}
 
 int runDocumentRead(Session& session, const std::filesystem::path& file, bool json) {
     auto bytes = session.setup.files.readFile(file);

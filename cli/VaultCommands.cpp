@@ -12,20 +12,6 @@
 namespace corvale::cli {
 namespace {
 
-std::string contentTypeFor(const std::filesystem::path& file) {
-    const std::string extension = asciiLower(file.extension().string());
-    constexpr std::pair<std::string_view, std::string_view> kTypes[] = {
-        {".pdf", "application/pdf"}, {".png", "image/png"},   {".jpg", "image/jpeg"},
-        {".jpeg", "image/jpeg"},     {".heic", "image/heic"}, {".txt", "text/plain"},
-    };
-    for (const auto& [ext, type] : kTypes) {
-        if (extension == ext) {
-            return std::string(type);
-        }
-    }
-    return "application/octet-stream";
-}
-
 int finish(Session& session, const Result<void, VaultError>& result) {
     return result ? kSucceeded : session.failed(result.error());
 }
@@ -53,37 +39,6 @@ int runInit(Session& session, const InitOptions& options) {
         return session.failed(created.error());
     }
     session.out << store.doc().vaultId << '\n';  // create and join have already written the vault
-    return kSucceeded;
-}
-
-int runDocumentAdd(Session& session, const DocumentOptions& options) {
-    VaultStore store(session.setup);
-    auto owner = openForNewRecord(session, store, options.person);
-    if (!owner) {
-        return session.failed(owner.error());
-    }
-    auto bytes = session.setup.files.readFile(options.file);
-    if (!bytes) {
-        return session.failed(bytes.error().message());
-    }
-    if (auto empty = storedFileProblem(options.file.filename().string(), bytes->size())) {
-        return session.failed(*empty);
-    }
-    DocumentRecord record;
-    record.id = newUUID();
-    record.updatedAt = session.now();
-    record.personId = *owner;
-    record.filename = options.file.filename().string();
-    record.contentType = contentTypeFor(options.file);
-    record.kind = options.kind;
-    auto added = store.addDocument(*bytes, std::move(record));
-    if (!added) {
-        return session.failed(added.error());
-    }
-    if (auto flushed = store.flush(); !flushed) {
-        return session.failed(flushed.error());
-    }
-    session.out << added->id << '\n';
     return kSucceeded;
 }
 

@@ -55,6 +55,45 @@ std::map<std::string, DocumentDuplicates::Copy> DocumentDuplicates::copies(const
     return found;
 }
 
+namespace {
+
+// The list names the original once, where the first of the two stood.
+bool repoint(std::vector<std::string>& ids, const std::map<std::string, DocumentDuplicates::Copy>& copies) {
+    bool changed = false;
+    std::vector<std::string> result;
+    for (const auto& id : ids) {
+        const auto copy = copies.find(id);
+        const std::string& kept = copy == copies.end() ? id : copy->second.originalId;
+        changed = changed || copy != copies.end();
+        if (std::find(result.begin(), result.end(), kept) == result.end()) result.push_back(kept);
+    }
+    if (changed) ids = std::move(result);
+    return changed;
+}
+
+template <class Records>
+void repointAll(Records& records, const std::map<std::string, DocumentDuplicates::Copy>& copies, Timestamp now) {
+    for (auto& record : records)
+        if (!record.deleted && repoint(record.documentIds, copies)) record.updatedAt = now;
+}
+
+}  // namespace
+
+std::size_t DocumentDuplicates::remove(VaultDocument& vault, Timestamp now) {
+    const auto found = copies(vault.documents);
+    if (found.empty()) return 0;
+    for (auto& document : vault.documents)
+        if (found.contains(document.id)) {
+            document.deleted = true;
+            document.updatedAt = now;
+        }
+    repointAll(vault.credentials, found, now);
+    repointAll(vault.cme, found, now);
+    repointAll(vault.packets, found, now);
+    repointAll(vault.healthRecords, found, now);
+    return found.size();
+}
+
 std::string DocumentDuplicates::removedSentence(std::size_t count) {
     return count == 1 ? "1 duplicate removed" : std::to_string(count) + " duplicates removed";
 }

@@ -2,6 +2,7 @@
 // Documents stored more than once: the same file added twice, or two files whose recognised text is the same.
 
 #include "records/DocumentRecord.h"
+#include "records/VaultDocument.h"
 
 #include <map>
 #include <string>
@@ -25,6 +26,8 @@ struct DocumentDuplicates {
     static std::map<std::string, Copy> copies(const std::vector<DocumentRecord>& documents);
     // Text as compared: lower case, every run of white space one space, none at either end.
     static std::string normalized(std::string_view text);
+    // Deletes every duplicate and points the records that named one at its original; answers how many went.
+    static std::size_t remove(VaultDocument& vault, Timestamp now);
     // "1 duplicate removed", "3 duplicates removed".
     static std::string removedSentence(std::size_t count);
 };
