@@ -15,7 +15,7 @@ packages=(
   librsvg2-bin dpkg-dev desktop-file-utils appstream debootstrap
   libpango1.0-dev libcairo2-dev poppler-utils libpcre2-dev
   libtesseract-dev libleptonica-dev tesseract-ocr tesseract-ocr-eng tesseract-ocr-osd
-  libpoppler-cpp-dev libheif-dev
+  libpoppler-cpp-dev libheif-dev libheif-examples
 )
 
 missing=()

@@ -167,15 +167,18 @@ TEST(DocumentRecognition, ReadsTheFieldsOfRealisticDocumentsFromTheFile) {
                                        << textOfMisses.str();
 }
 
-Bytes encrypted(const Bytes& pdf) {
-    const std::string plain = ::testing::TempDir() + "plain.pdf";
-    const std::string locked = ::testing::TempDir() + "locked.pdf";
-    std::ofstream(plain, std::ios::binary).write(reinterpret_cast<const char*>(pdf.data()),
-                                                 static_cast<std::streamsize>(pdf.size()));
-    const std::string command = "qpdf --encrypt secret secret 256 -- " + plain + " " + locked;
-    if (std::system(command.c_str()) != 0) return {};
-    std::ifstream in(locked, std::ios::binary);
-    return Bytes(std::istreambuf_iterator<char>(in), {});
+// The file a command makes of `input`: a PDF locked by qpdf, a phone's HEIC photo by heif-enc.
+Bytes converted(const Bytes& input, const std::string& command, const std::string& from, const std::string& to) {
+    const std::string in = ::testing::TempDir() + from;
+    const std::string out = ::testing::TempDir() + to;
+    std::ofstream(in, std::ios::binary).write(reinterpret_cast<const char*>(input.data()),
+                                              static_cast<std::streamsize>(input.size()));
+    std::string line = command;
+    line.replace(line.find("IN"), 2, in);
+    line.replace(line.find("OUT"), 3, out);
+    if (std::system((line + " >/dev/null 2>&1").c_str()) != 0) return {};
+    std::ifstream read(out, std::ios::binary);
+    return Bytes(std::istreambuf_iterator<char>(read), {});
 }
 
 TEST(DocumentRecognition, RefusesWhatIsNoDocumentAndReadsEveryPageUpright) {
@@ -189,7 +192,8 @@ TEST(DocumentRecognition, RefusesWhatIsNoDocumentAndReadsEveryPageUpright) {
     EXPECT_EQ(code(png), RecognitionError::Code::damaged);
     EXPECT_EQ(code(bytes("%PDF-1.7\n% nothing else\n")),
               RecognitionError::Code::damaged);
-    const Bytes locked = encrypted(testing::paintedPDF({card({"Texas Medical Board"})}));
+    const Bytes locked = converted(testing::paintedPDF({card({"Texas Medical Board"})}),
+                                   "qpdf --encrypt secret secret 256 -- IN OUT", "plain.pdf", "locked.pdf");
     ASSERT_FALSE(locked.empty()) << "qpdf is needed to lock a PDF";
     EXPECT_EQ(code(locked), RecognitionError::Code::encrypted);
     EXPECT_EQ(RecognitionError{RecognitionError::Code::encrypted}.message(),
@@ -210,6 +214,14 @@ TEST(DocumentRecognition, RefusesWhatIsNoDocumentAndReadsEveryPageUpright) {
     const auto layered = recognizer.read(testing::paintedPDF({card({"Texas Medical Board", "License No. Q-4412"})}));
     ASSERT_TRUE(layered);
     EXPECT_TRUE(layered->fromTextLayer);
+
+    const Bytes heic = converted(testing::scannedPicture(card({"Texas Board of Nursing", "License Number: 776655"}),
+                                                         Scan{300, 0, 0, 0, Scan::Format::jpeg}),
+                                 "heif-enc IN -o OUT", "card.jpg", "card.heic");
+    ASSERT_FALSE(heic.empty()) << "heif-enc is needed to make a phone's photo";
+    const auto photo = recognizer.read(heic);
+    ASSERT_TRUE(photo) << photo.error().message();
+    EXPECT_NE(photo->text.find("License Number: 776655"), std::string::npos) << photo->text;
 
     // A page scanned upside down reads upright.
     const auto upsideDown = recognizer.read(testing::scannedPicture(
