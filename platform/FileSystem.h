@@ -26,6 +26,13 @@ struct FileError {
     std::string message() const;
 };
 
+struct FileStamp {
+    std::uint64_t size = 0;
+    std::int64_t changed = 0;  // nanoseconds of the last change, in the file system's own reckoning
+
+    friend bool operator==(const FileStamp&, const FileStamp&) = default;
+};
+
 class FileLock {
 public:
     virtual ~FileLock() = default;
@@ -67,6 +74,9 @@ public:
     // are where they were.
     virtual Result<void, FileError> exchange(const std::filesystem::path& first,
                                              const std::filesystem::path& second) = 0;
+    // Size and last change of a plain file, not following a symbolic link; absent for anything else. A file
+    // whose stamp holds still between two looks is no longer being written.
+    virtual std::optional<FileStamp> stamp(const std::filesystem::path& path) = 0;
     // Names (not paths) of the entries of a folder; empty when it does not exist.
     virtual std::vector<std::string> list(const std::filesystem::path& directory) = 0;
 

@@ -148,6 +148,13 @@ Result<Bytes, FileError> PosixFileSystem::readRegularFile(const std::filesystem:
     return readToEnd(fd.get(), path, static_cast<std::uint64_t>(info.st_size), maxBytes);
 }
 
+std::optional<FileStamp> PosixFileSystem::stamp(const std::filesystem::path& path) {
+    struct stat info {};
+    if (::lstat(path.c_str(), &info) != 0 || !S_ISREG(info.st_mode) || info.st_size < 0) return std::nullopt;
+    return FileStamp{static_cast<std::uint64_t>(info.st_size),
+                     static_cast<std::int64_t>(info.st_mtim.tv_sec) * 1'000'000'000 + info.st_mtim.tv_nsec};
+}
+
 Result<void, FileError> PosixFileSystem::replaceFileAtomically(const std::filesystem::path& path, ByteView contents) {
     const std::filesystem::path folder = folderOf(path);
     std::string temporaryName = ".";  // built step by step: gcc 12 misreports `"." + string` under -O2

@@ -18,6 +18,7 @@ public:
     Result<void, FileError> removeFile(const std::filesystem::path& path) override;
     Result<void, FileError> removeAll(const std::filesystem::path& path) override;
     // Sorted by name.
+    std::optional<FileStamp> stamp(const std::filesystem::path& path) override;
     std::vector<std::string> list(const std::filesystem::path& directory) override;
     bool isNative() const override { return true; }
     Result<void, FileError> rename(const std::filesystem::path& from, const std::filesystem::path& to) override;

@@ -253,4 +253,11 @@ Result<void, FileError> InMemoryFileSystem::move(const std::filesystem::path& so
     return {};
 }
 
+std::optional<FileStamp> InMemoryFileSystem::stamp(const std::filesystem::path& path) {
+    const auto found = m_files.find(normalized(path));
+    if (found == m_files.end()) return std::nullopt;
+    const auto writes = m_writes.find(found->first);
+    return FileStamp{found->second.size(), static_cast<std::int64_t>(writes == m_writes.end() ? 0 : writes->second)};
+}
+
 }  // namespace corvale

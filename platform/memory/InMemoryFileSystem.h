@@ -28,6 +28,8 @@ public:
     Result<void, FileError> createDirectories(const std::filesystem::path& path) override;
     Result<void, FileError> removeFile(const std::filesystem::path& path) override;
     Result<void, FileError> removeAll(const std::filesystem::path& path) override;
+    // The size, and the number of times the file was written as its change.
+    std::optional<FileStamp> stamp(const std::filesystem::path& path) override;
     // Sorted by name.
     std::vector<std::string> list(const std::filesystem::path& directory) override;
     // Held locks move with their files, as a lock on an open file does on a real disk.

@@ -1,0 +1,118 @@
+#include "vault/DropFolder.h"
+
+#include "documents/reading/DocumentParser.h"
+#include "records/AsciiCase.h"
+#include "records/EntryRules.h"
+
+#include <algorithm>
+
+namespace corvale {
+namespace {
+
+// Sync clients and browsers write under a temporary name and rename when done.
+bool isPartial(const std::string& name) {
+    const std::string lower = asciiLower(name);
+    for (const auto suffix : {".part", ".crdownload", ".tmp", ".download", "~"})
+        if (lower.ends_with(suffix)) return true;
+    return name.starts_with(".");
+}
+
+std::string contentTypeOf(const std::string& name) {
+    const std::string lower = asciiLower(name);
+    if (lower.ends_with(".pdf")) return "application/pdf";
+    if (lower.ends_with(".png")) return "image/png";
+    if (lower.ends_with(".jpg") || lower.ends_with(".jpeg")) return "image/jpeg";
+    if (lower.ends_with(".tif") || lower.ends_with(".tiff")) return "image/tiff";
+    if (lower.ends_with(".heic")) return "image/heic";
+    return "application/octet-stream";
+}
+
+std::optional<std::string> owner(const VaultDocument& vault, const std::optional<std::string>& given) {
+    std::vector<const Person*> live;
+    for (const auto& person : vault.people)
+        if (!person.deleted) live.push_back(&person);
+    if (given) {
+        for (const Person* person : live)
+            if (person->id == *given) return person->id;
+        return std::nullopt;
+    }
+    for (const Person* person : live)
+        if (person->isSelf) return person->id;
+    return live.size() == 1 ? std::optional(live.front()->id) : std::nullopt;
+}
+
+}  // namespace
+
+DropFolder::DropFolder(FileSystem& files, TextRecognizer& recognizer, std::filesystem::path folder)
+    : m_files(files), m_recognizer(recognizer), m_folder(std::move(folder)) {}
+
+void DropFolder::moveAside(const std::string& name, std::string_view subfolder) {
+    const std::filesystem::path target = m_folder / subfolder;
+    if (!m_files.createDirectories(target)) return;
+    const std::filesystem::path source = m_folder / name;
+    const std::filesystem::path stem = std::filesystem::path(name).stem();
+    const std::string extension = std::filesystem::path(name).extension().string();
+    std::filesystem::path destination = target / name;
+    for (int copy = 2; m_files.exists(destination) && copy < 1000; ++copy)
+        destination = target / (stem.string() + " (" + std::to_string(copy) + ")" + extension);
+    (void)m_files.rename(source, destination);
+}
+
+DropFolderScan DropFolder::scan(VaultStore& store, Timestamp now, const std::optional<std::string>& personId) {
+    DropFolderScan result;
+    std::unique_lock running(m_scanning, std::try_to_lock);
+    if (!running.owns_lock()) {
+        result.busy = true;
+        return result;
+    }
+    std::map<std::string, FileStamp> seen;
+    for (const std::string& name : m_files.list(m_folder)) {
+        const auto stamp = m_files.stamp(m_folder / name);
+        if (!stamp || isPartial(name)) continue;  // folders, links, files still under a temporary name
+        seen[name] = *stamp;
+        const auto before = m_lastSeen.find(name);
+        if (before == m_lastSeen.end() || !(before->second == *stamp) || stamp->size == 0) {
+            ++result.waiting;
+            continue;
+        }
+        const auto person = owner(store.doc(), personId);
+        if (!person) {
+            result.refused.emplace_back(name, "Choose whose documents the drop folder files, then they are read.");
+            continue;  // left where it is until someone is chosen
+        }
+        auto bytes = m_files.readRegularFile(m_folder / name, kLargestFile);
+        if (!bytes) {
+            result.refused.emplace_back(name, bytes.error().message());
+            if (bytes.error().code == FileError::Code::tooLarge) moveAside(name, kNotImported);
+            continue;
+        }
+        auto read = m_recognizer.read(*bytes);
+        if (!read) {
+            result.refused.emplace_back(name, read.error().message());
+            if (read.error().code != RecognitionError::Code::noEngine) moveAside(name, kNotImported);
+            continue;
+        }
+        DocumentRecord record;
+        record.id = newUUID();
+        record.updatedAt = now;
+        record.personId = *person;
+        record.filename = name;
+        record.contentType = contentTypeOf(name);
+        record.text = read->text;
+        record.kind = std::string(rawValue(DocumentParser::parse(read->text, name).kind));
+        record.needsReview = true;
+        auto added = store.addDocument(*bytes, std::move(record));
+        // The file leaves the folder only once the vault holding it is on disk.
+        if (added && store.flush()) {
+            result.imported.push_back(added->id);
+            moveAside(name, kImported);
+        } else {
+            result.refused.emplace_back(name, added ? "The vault couldn't be saved, so the file stays for the next try."
+                                                    : added.error().message());
+        }
+    }
+    m_lastSeen = std::move(seen);
+    return result;
+}
+
+}  // namespace corvale
