@@ -19,6 +19,7 @@
 #include "app/WheelGuard.h"
 #include "app/WindowBeacon.h"
 #include "app/PlanPage.h"
+#include "app/DocumentsPage.h"
 #include "app/ReportPage.h"
 #include "records/RecordLink.h"
 #include "requirements/Readiness.h"
@@ -130,6 +131,8 @@ MainWindow::MainWindow(const VaultStoreSetup& setup, const Requirements& require
     addScreen(QStringLiteral("licenses"), tr("Licenses"), m_licenses);
     m_cme = new CMEPage(*m_context, m_screens);
     addScreen(QStringLiteral("cme"), tr("CME"), m_cme);
+    m_documents = new DocumentsPage(*m_context, m_screens);
+    addScreen(QStringLiteral("documents"), tr("Documents"), m_documents);
     m_report = new ReportPage(*m_context, m_screens);
     addScreen(QStringLiteral("report"), tr("Report"), m_report);
     m_profile = new ProfilePage(*m_context, m_screens);

@@ -43,6 +43,7 @@ class SessionWatcher;
 class SettingsPage;
 class StartProblemPage;
 class WindowBeacon;
+class DocumentsPage;
 class ReportPage;
 class PlanPage;
 class TodayPage;
@@ -91,6 +92,7 @@ public:
     CMEPage* cmePage() const { return m_cme; }
     ProfilePage* profilePage() const { return m_profile; }
     ReportPage* reportPage() const { return m_report; }
+    DocumentsPage* documentsPage() const { return m_documents; }
     PlanPage* planPage() const { return m_plan; }
     SettingsPage* settingsPage() const { return m_settings; }
     QComboBox* personSwitcher() const { return m_person; }
@@ -153,6 +155,7 @@ private:
     LicensesPage* m_licenses = nullptr;
     CMEPage* m_cme = nullptr;
     ReportPage* m_report = nullptr;
+    DocumentsPage* m_documents = nullptr;
     PlanPage* m_plan = nullptr;
     ProfilePage* m_profile = nullptr;
     SettingsPage* m_settings = nullptr;

@@ -101,11 +101,14 @@ QString profileAndSettingsStyle() {
 // that the CME screen shares.
 QString licensesStyleSheet() {
     return QStringLiteral(R"(
-        QTreeView#credentialList { background: @base; border: 2px solid transparent; border-radius: 6px; outline: 0; }
-        QTreeView#credentialList:focus { border-color: @focus; }
-        QTreeView#credentialList::item { padding: 7px 4px; border: none; }
-        QTreeView#credentialList::item:selected { background: @selection; color: @selectedText; }
-        QTreeView#credentialList QHeaderView::section { background: @base; color: @muted; border: none;
+        QTreeView#credentialList, QTreeView#documentTable { background: @base; border: 2px solid transparent;
+                                                            border-radius: 6px; outline: 0; }
+        QTreeView#credentialList:focus, QTreeView#documentTable:focus { border-color: @focus; }
+        QTreeView#credentialList::item, QTreeView#documentTable::item { padding: 7px 4px; border: none; }
+        QTreeView#credentialList::item:selected, QTreeView#documentTable::item:selected { background: @selection;
+                                                                                         color: @selectedText; }
+        QTreeView#credentialList QHeaderView::section, QTreeView#documentTable QHeaderView::section {
+                                                         background: @base; color: @muted; border: none;
                                                          border-bottom: 1px solid @divider; padding: 6px 4px;
                                                          font-weight: 600; }
         QFrame#editorPanel { background: @base; border: 1px solid @divider; border-radius: 12px; }

@@ -91,7 +91,7 @@ CMEActivity activity(const std::string& personId, const std::string& title, std:
 
 // The screens in sidebar order, which Ctrl+1 to Ctrl+7 open.
 inline const QStringList& screenNames() {
-    static const QStringList names{"today", "plan", "licenses", "cme", "report", "profile", "settings"};
+    static const QStringList names{"today", "plan", "licenses", "cme", "documents", "report", "profile", "settings"};
     return names;
 }
 

@@ -105,7 +105,7 @@ private slots:
 
         // Settings: a backup, its passphrase typed twice. Only the file name is handed over,
         // as the desktop's own file chooser would.
-        key(Qt::Key_7, Qt::ControlModifier);
+        key(Qt::Key_8, Qt::ControlModifier);
         QTRY_COMPARE(window.pageName(), QStringLiteral("settings"));
         QTemporaryDir disk;  // a backup goes to the real disk, to be carried off this computer
         QVERIFY(disk.isValid());

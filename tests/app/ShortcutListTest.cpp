@@ -35,7 +35,7 @@ private slots:
         const QStringList lines = rows(*list);
         QVERIFY2(lines.contains(QStringLiteral("Ctrl+L: Lock the vault")), qPrintable(lines.join(u'\n')));
         QVERIFY(lines.contains(QStringLiteral("Ctrl+1: Go to Today")));
-        QVERIFY(lines.contains(QStringLiteral("Ctrl+7: Go to Settings")));
+        QVERIFY(lines.contains(QStringLiteral("Ctrl+8: Go to Settings")));
         QVERIFY(lines.contains(QStringLiteral("F1 or Ctrl+? or Ctrl+Shift+?: Show this list of shortcuts")));
         // Screens' own keys come too, each key and meaning once.
         QVERIFY(lines.contains(QStringLiteral("Ctrl+F: Search the credentials")));

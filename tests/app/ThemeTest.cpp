@@ -107,7 +107,7 @@ private slots:
             const QColor ringOnAccent = themeColor(ColorRole::focusOnAccent, dark);
             QStringList failures;
             int checked = 0;
-            for (int screen = 0; screen < 7; ++screen) {
+            for (int screen = 0; screen < testing::screenNames().size(); ++screen) {
                 QTest::keyClick(&window, static_cast<Qt::Key>(Qt::Key_1 + screen), Qt::ControlModifier);
                 QTest::qWait(20);
                 for (auto* control : focusableControls(window)) {

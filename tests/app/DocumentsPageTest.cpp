@@ -1,0 +1,83 @@
+#include "AppTestSupport.h"
+#include "app/DocumentsPage.h"
+
+#include <QLineEdit>
+#include <QPushButton>
+#include <QTemporaryDir>
+#include <QTreeWidget>
+
+#ifndef Q_MOC_RUN
+#include "vault/VaultStore.h"
+#endif
+
+namespace corvale::app {
+
+using testing::OpenVault;
+
+QString fixture() { return QStringLiteral(CORVALE_SOURCE_DIR "/tests/cli/data/licence-card.pdf"); }
+
+const Credential& texasLicence(const VaultDocument& doc) {
+    return *std::find_if(doc.credentials.begin(), doc.credentials.end(),
+                         [](const Credential& c) { return !c.deleted && c.state == "TX" && c.kind == "stateLicense"; });
+}
+
+class DocumentsPageTest : public QObject {
+    Q_OBJECT
+
+private slots:
+    void aFileReadHereIsFiledWithItsLicenceOnlyOnceConfirmed() {
+        OpenVault vault(testing::fillSampleVault);
+        testing::StyledWindow window;
+        auto* page = window.hold(new DocumentsPage(vault.context, &window));
+        window.resize(1280, 900);
+        window.show();
+        const auto documentsBefore = vault.store.doc().documents.size();
+
+        QTemporaryDir folder;
+        const QString notes = folder.filePath(QStringLiteral("notes.txt"));
+        QFile text(notes);
+        QVERIFY(text.open(QIODevice::WriteOnly) && text.write("shopping list") > 0);
+        text.close();
+        const QStringList problems = page->importFiles({fixture(), notes});
+        QCOMPARE(problems, QStringList{QStringLiteral("notes.txt: This file isn't a PDF or a picture Corvale can read.")});
+        QCOMPARE(vault.store.doc().documents.size(), documentsBefore + 1);
+        const DocumentRecord stored = vault.store.doc().documents.back();
+        QVERIFY(stored.needsReview);
+        QCOMPARE(stored.kind, std::optional<std::string>("license"));
+
+        // The card is proposed for the Texas licence already there; nothing in it changes yet.
+        QVERIFY(page->proposalText().startsWith(QStringLiteral("This is a copy of the Texas State License.")));
+        QCOMPARE(page->field(QStringLiteral("number"))->text(), QStringLiteral("Q4412"));
+        QCOMPARE(texasLicence(vault.store.doc()).number, std::optional<std::string>("R4821"));
+        const auto row = page->list()->findItems(QStringLiteral("licence-card.pdf"), Qt::MatchExactly).value(0);
+        QVERIFY(row);
+        QCOMPARE(row->text(4), QStringLiteral("Needs review"));
+        testing::screenshot(window, QStringLiteral("documents-review"));
+
+        page->field(QStringLiteral("expiresOn"))->setText(QStringLiteral("2027-02-30"));
+        QVERIFY(!page->confirm());
+        QVERIFY(page->errorText().contains(QStringLiteral("isn't on the calendar")));
+        QCOMPARE(texasLicence(vault.store.doc()).number, std::optional<std::string>("R4821"));
+
+        page->field(QStringLiteral("expiresOn"))->setText(QStringLiteral("2027-05-31"));
+        QVERIFY(page->confirm());
+        const Credential& licence = texasLicence(vault.store.doc());
+        QCOMPARE(licence.number, std::optional<std::string>("Q4412"));
+        QCOMPARE(licence.expiresOn, std::optional<Day>(Day{2027, 5, 31}));
+        QVERIFY(std::find(licence.documentIds.begin(), licence.documentIds.end(), stored.id) != licence.documentIds.end());
+        QVERIFY(!vault.store.doc().documents.back().needsReview);
+
+        // The same card added again is a duplicate until removed.
+        QVERIFY(!page->duplicatesButton()->isEnabled());
+        QVERIFY(page->importFiles({fixture()}).isEmpty());
+        QVERIFY(page->duplicatesButton()->isEnabled());
+        page->duplicatesButton()->click();
+        QCOMPARE(page->list()->topLevelItemCount(), static_cast<int>(documentsBefore) + 1);
+        QVERIFY(!page->duplicatesButton()->isEnabled());
+    }
+};
+
+}  // namespace corvale::app
+
+QTEST_MAIN(corvale::app::DocumentsPageTest)
+#include "DocumentsPageTest.moc"
