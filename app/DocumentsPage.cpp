@@ -7,6 +7,7 @@
 #include "documents/reading/DocumentDuplicates.h"
 #include "documents/reading/DocumentParser.h"
 #include "documents/reading/DocumentProposal.h"
+#include "platform/linux/DocumentImages.h"
 #include "platform/linux/TesseractRecognizer.h"
 #include "records/EntryRules.h"
 #include "records/USState.h"
@@ -21,6 +22,8 @@
 #include <QFormLayout>
 #include <QHBoxLayout>
 #include <QHeaderView>
+#include <QImage>
+#include <QPixmap>
 #include <QLabel>
 #include <QLineEdit>
 #include <QMimeData>
@@ -35,6 +38,7 @@ namespace {
 QString text(const std::string& value) { return QString::fromStdString(value); }
 
 enum Column { nameColumn, kindColumn, personColumn, addedColumn, reviewColumn };
+constexpr int kPictureSide = 360;
 
 const DocumentRecord* findDocument(const VaultDocument& vault, const std::string& id) {
     for (const auto& document : vault.documents)
@@ -124,8 +128,16 @@ DocumentsPage::DocumentsPage(AppContext& context, QWidget* parent)
     reviewButtons->addWidget(m_confirm);
     reviewButtons->addWidget(m_showText);
     reviewButtons->addStretch(1);
-    auto* reviewLayout = new QVBoxLayout(m_review);
-    reviewLayout->setContentsMargins(0, 8, 0, 0);
+    m_picture = new QLabel(m_review);
+    m_picture->setAccessibleName(tr("First page of the document"));
+    m_picture->setAlignment(Qt::AlignTop | Qt::AlignHCenter);
+    m_picture->setFixedWidth(kPictureSide);
+    auto* reviewLayout = new QVBoxLayout;
+    auto* reviewRow = new QHBoxLayout(m_review);
+    reviewRow->setContentsMargins(0, 8, 0, 0);
+    reviewRow->setSpacing(18);
+    reviewRow->addWidget(m_picture, 0, Qt::AlignTop);
+    reviewRow->addLayout(reviewLayout, 1);
     reviewLayout->addWidget(m_target);
     reviewLayout->addLayout(m_fields);
     reviewLayout->addWidget(m_error);
@@ -194,6 +206,7 @@ void DocumentsPage::reload() {
 
 void DocumentsPage::clearReview() {
     m_proposal.reset();
+    m_picture->clear();
     while (m_fields->rowCount() > 0) m_fields->removeRow(0);
     m_text->clear();
     showMessage(m_error, QString());
@@ -221,6 +234,19 @@ bool DocumentsPage::showDocument(const QString& id) {
         m_fields->addRow(fieldLabel(name), edit);
     }
     m_text->setPlainText(text(document->text.value_or("")));
+    // Drawn from the sealed copy in memory; a file that can't be drawn shows a sentence instead.
+    std::optional<DocumentImages::Preview> picture;
+    if (auto bytes = context().store.documentBytes(document->id))
+        if (auto images = DocumentImages::open(ByteView(bytes->data(), bytes->size())))
+            picture = images->preview(0, kPictureSide * 2);
+    if (picture) {
+        const QImage image(picture->rgb.data(), picture->width, picture->height, picture->width * 3,
+                           QImage::Format_RGB888);
+        m_picture->setPixmap(QPixmap::fromImage(image).scaled(kPictureSide, kPictureSide * 2, Qt::KeepAspectRatio,
+                                                              Qt::SmoothTransformation));
+    } else {
+        m_picture->setText(tr("No picture of this file can be drawn."));
+    }
     m_showText->setEnabled(document->text.has_value());
     m_confirm->setText(document->needsReview ? tr("Confirm") : tr("Confirm again"));
     m_review->setVisible(true);
@@ -336,6 +362,8 @@ QStringList DocumentsPage::importFiles(const QStringList& paths) {
 }
 
 QString DocumentsPage::proposalText() const { return m_review->isHidden() ? QString() : m_target->text(); }
+
+bool DocumentsPage::showsPicture() const { return !m_picture->pixmap().isNull(); }
 
 QString DocumentsPage::errorText() const { return m_error->isHidden() ? QString() : m_error->text(); }
 

@@ -46,6 +46,8 @@ public:
     QTreeWidget* list() const { return m_list; }
     QLineEdit* field(const QString& name) const;
     QString proposalText() const;
+    // Whether the chosen document's first page is drawn beside the form.
+    bool showsPicture() const;
     QString errorText() const;
     QPushButton* duplicatesButton() const { return m_duplicates; }
 
@@ -67,6 +69,7 @@ private:
     QLabel* m_problems = nullptr;
     QTreeWidget* m_list = nullptr;
     QWidget* m_review = nullptr;
+    QLabel* m_picture = nullptr;
     QLabel* m_target = nullptr;
     QFormLayout* m_fields = nullptr;
     QLabel* m_error = nullptr;

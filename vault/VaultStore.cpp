@@ -372,6 +372,19 @@ Result<std::filesystem::path, VaultError> VaultStore::temporaryFile(std::string_
     return files(m_key.clone()).temporaryFile(*found);
 }
 
+Result<SecureBytes, VaultError> VaultStore::documentBytes(std::string_view documentId) {
+    if (auto ready = requireReady(); !ready) return fail(ready.error());
+    const auto found = std::find_if(m_doc.documents.begin(), m_doc.documents.end(), [&](const DocumentRecord& record) {
+        return record.id == documentId && !record.deleted;
+    });
+    if (found == m_doc.documents.end()) return fail(VaultError::noSuchRecord());
+    auto plain = files(m_key.clone()).readBlob(found->blobHash);
+    if (!plain) return fail(plain.error());
+    SecureBytes bytes{ByteView(*plain)};
+    secureWipe(plain->data(), plain->size());
+    return bytes;
+}
+
 Result<void, VaultError> VaultStore::saveDocumentCopy(std::string_view documentId,
                                                       const std::filesystem::path& destination) {
     if (auto ready = requireReady(); !ready) return ready;

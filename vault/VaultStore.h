@@ -123,6 +123,8 @@ public:
     // Stores the bytes as a sealed blob and adds the record (hash, size, time filled in).
     Result<DocumentRecord, VaultError> addDocument(ByteView bytes, DocumentRecord record);
     Result<std::filesystem::path, VaultError> temporaryFile(std::string_view documentId);
+    // The document's plain bytes in a wiping buffer, for a preview drawn in memory.
+    Result<SecureBytes, VaultError> documentBytes(std::string_view documentId);
     // The document's plain bytes written atomically to `destination`, for a
     // copy the user keeps where they chose (when nothing here can open it).
     Result<void, VaultError> saveDocumentCopy(std::string_view documentId, const std::filesystem::path& destination);

@@ -203,4 +203,63 @@ PixPtr DocumentImages::picture(int index) const {
     return prepared(std::move(pix));
 }
 
+namespace {
+
+std::optional<DocumentImages::Preview> previewOf(Pix* colour, int longestSide) {
+    if (!colour) return std::nullopt;
+    const int longSide = std::max(pixGetWidth(colour), pixGetHeight(colour));
+    PixPtr fitted(longSide > longestSide
+                      ? pixScale(colour, static_cast<float>(longestSide) / static_cast<float>(longSide),
+                                 static_cast<float>(longestSide) / static_cast<float>(longSide))
+                      : pixClone(colour));
+    if (!fitted) return std::nullopt;
+    PixPtr rgb(pixConvertTo32(fitted.get()));
+    if (!rgb) return std::nullopt;
+    DocumentImages::Preview preview{pixGetWidth(rgb.get()), pixGetHeight(rgb.get()), {}};
+    preview.rgb.reserve(static_cast<std::size_t>(preview.width) * static_cast<std::size_t>(preview.height) * 3);
+    for (int y = 0; y < preview.height; ++y) {
+        const l_uint32* line = pixGetData(rgb.get()) + static_cast<std::size_t>(y) * static_cast<std::size_t>(pixGetWpl(rgb.get()));
+        for (int x = 0; x < preview.width; ++x) {
+            l_int32 r = 0, g = 0, b = 0;
+            extractRGBValues(line[x], &r, &g, &b);
+            preview.rgb.insert(preview.rgb.end(), {static_cast<std::uint8_t>(r), static_cast<std::uint8_t>(g),
+                                                   static_cast<std::uint8_t>(b)});
+        }
+    }
+    return preview;
+}
+
+}  // namespace
+
+std::optional<DocumentImages::Preview> DocumentImages::preview(int index, int longestSide) const {
+    if (index < 0 || index >= pageCount() || longestSide < 16) return std::nullopt;
+    if (!m_state->pdf) return previewOf(m_state->pictures[static_cast<std::size_t>(index)].get(), longestSide);
+    std::unique_ptr<poppler::page> page(m_state->pdf->create_page(index));
+    if (!page) return std::nullopt;
+    const poppler::rectf box = page->page_rect();
+    const double longestPoints = std::max(box.width(), box.height());
+    if (longestPoints <= 0) return std::nullopt;
+    poppler::page_renderer renderer;
+    renderer.set_render_hint(poppler::page_renderer::antialiasing, true);
+    renderer.set_render_hint(poppler::page_renderer::text_antialiasing, true);
+    renderer.set_image_format(poppler::image::format_argb32);
+    const poppler::image image = renderer.render_page(page.get(), 72.0 * longestSide / longestPoints,
+                                                      72.0 * longestSide / longestPoints);
+    if (!image.is_valid()) return std::nullopt;
+    Preview preview{image.width(), image.height(), {}};
+    preview.rgb.reserve(static_cast<std::size_t>(preview.width) * static_cast<std::size_t>(preview.height) * 3);
+    // Each pixel is one native 32-bit word, 0xAARRGGBB.
+    for (int y = 0; y < preview.height; ++y) {
+        const auto* row = reinterpret_cast<const unsigned char*>(image.const_data()) +
+                          static_cast<std::size_t>(y) * static_cast<std::size_t>(image.bytes_per_row());
+        for (int x = 0; x < preview.width; ++x) {
+            std::uint32_t word = 0;
+            std::memcpy(&word, row + static_cast<std::size_t>(x) * 4, 4);
+            preview.rgb.insert(preview.rgb.end(), {static_cast<std::uint8_t>(word >> 16), static_cast<std::uint8_t>(word >> 8),
+                                                   static_cast<std::uint8_t>(word)});
+        }
+    }
+    return preview;
+}
+
 }  // namespace corvale

@@ -10,6 +10,7 @@
 #include <memory>
 #include <optional>
 #include <string>
+#include <vector>
 
 struct Pix;
 
@@ -36,6 +37,14 @@ public:
     std::optional<std::string> textLayer(int page) const;
     // The page as grey pixels ready for recognition, or null when it cannot be decoded.
     PixPtr picture(int page) const;
+    // The page in colour to look at, its longer side `longestSide` pixels at most: 8-bit red, green and
+    // blue, rows packed. Absent when it cannot be drawn.
+    struct Preview {
+        int width = 0;
+        int height = 0;
+        std::vector<std::uint8_t> rgb;
+    };
+    std::optional<Preview> preview(int page, int longestSide) const;
 
 private:
     struct State;

@@ -48,6 +48,7 @@ private slots:
         // The card is proposed for the Texas licence already there; nothing in it changes yet.
         QVERIFY(page->proposalText().startsWith(QStringLiteral("This is a copy of the Texas State License.")));
         QCOMPARE(page->field(QStringLiteral("number"))->text(), QStringLiteral("Q4412"));
+        QVERIFY(page->showsPicture());
         QCOMPARE(texasLicence(vault.store.doc()).number, std::optional<std::string>("R4821"));
         const auto row = page->list()->findItems(QStringLiteral("licence-card.pdf"), Qt::MatchExactly).value(0);
         QVERIFY(row);
