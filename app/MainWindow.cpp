@@ -20,6 +20,7 @@
 #include "app/WindowBeacon.h"
 #include "app/PlanPage.h"
 #include "app/DocumentsPage.h"
+#include "app/DropFolderWatch.h"
 #include "app/ReportPage.h"
 #include "records/RecordLink.h"
 #include "requirements/Readiness.h"
@@ -141,6 +142,16 @@ MainWindow::MainWindow(const VaultStoreSetup& setup, const Requirements& require
     addScreen(QStringLiteral("settings"), tr("Settings"), m_settings);
     connect(m_settings, &SettingsPage::phaseChanged, this, &MainWindow::refresh);
     connect(m_settings, &SettingsPage::idleLockChanged, this, &MainWindow::armIdleLock);
+    m_dropWatch = new DropFolderWatch(setup.files, *m_store, m_clock, this);
+    connect(m_settings, &SettingsPage::dropFolderChanged, m_dropWatch, &DropFolderWatch::follow);
+    connect(m_dropWatch, &DropFolderWatch::filed, this, [this](int stored, const QStringList& problems) {
+        if (stored > 0) reloadScreens();
+        const QString news = stored == 1 ? tr("1 document from the drop folder to review.")
+                             : stored > 1 ? tr("%1 documents from the drop folder to review.").arg(stored)
+                                          : QString();
+        const QString said = (QStringList{news} + problems).join(QLatin1Char(' ')).trimmed();
+        if (!said.isEmpty()) notify(said);
+    });
 
     m_sidebar->setCurrentRow(0);
     connect(m_sidebar, &QListWidget::currentRowChanged, m_screens, &QStackedWidget::setCurrentIndex);
@@ -339,6 +350,7 @@ void MainWindow::refresh() {
     m_pages->setCurrentWidget(m_shell);
     reloadScreens();
     armIdleLock();
+    m_dropWatch->follow();
     remindIfNewDay();
     followPendingLink();
 }

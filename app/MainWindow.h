@@ -44,6 +44,7 @@ class SettingsPage;
 class StartProblemPage;
 class WindowBeacon;
 class DocumentsPage;
+class DropFolderWatch;
 class ReportPage;
 class PlanPage;
 class TodayPage;
@@ -93,6 +94,7 @@ public:
     ProfilePage* profilePage() const { return m_profile; }
     ReportPage* reportPage() const { return m_report; }
     DocumentsPage* documentsPage() const { return m_documents; }
+    DropFolderWatch* dropFolderWatch() const { return m_dropWatch; }
     PlanPage* planPage() const { return m_plan; }
     SettingsPage* settingsPage() const { return m_settings; }
     QComboBox* personSwitcher() const { return m_person; }
@@ -156,6 +158,7 @@ private:
     CMEPage* m_cme = nullptr;
     ReportPage* m_report = nullptr;
     DocumentsPage* m_documents = nullptr;
+    DropFolderWatch* m_dropWatch = nullptr;
     PlanPage* m_plan = nullptr;
     ProfilePage* m_profile = nullptr;
     SettingsPage* m_settings = nullptr;

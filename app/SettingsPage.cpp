@@ -14,6 +14,7 @@
 #include "records/Degree.h"
 #include "records/EntryRules.h"
 #include "records/USState.h"
+#include "vault/DropFolder.h"
 #include "vault/VaultStore.h"
 
 #include <QCheckBox>
@@ -138,6 +139,7 @@ SettingsPage::SettingsPage(AppContext& context, QWidget* parent) : Screen(contex
     scaleFont(heading, 1.8, QFont::DemiBold);
     column->addWidget(heading);
     column->addWidget(buildReminders(content));
+    column->addWidget(buildDropFolder(content));
     column->addWidget(buildPrivacy(content));
     column->addWidget(buildBackup(content));
     column->addWidget(buildAnotherDevice(content));
@@ -289,6 +291,47 @@ QFrame* SettingsPage::buildReminders(QWidget* content) {
     connect(m_reminderDays, &QLineEdit::returnPressed, this, &SettingsPage::saveReminders);
     connect(m_saveReminders, &QPushButton::clicked, this, &SettingsPage::saveReminders);
     return frame;
+}
+
+QFrame* SettingsPage::buildDropFolder(QWidget* content) {
+    QVBoxLayout* body = nullptr;
+    QFrame* frame = card(tr("Drop folder"),
+                         tr("Files a phone or scanner syncs into this folder are read on this computer while "
+                            "Corvale is open, stored for you to review, and moved into its Imported folder."),
+                         content, body);
+    m_watchDrop = new QCheckBox(tr("Watch a drop folder for new documents"), frame);
+    m_dropPath = makeLabel(QString(), "detail", frame);
+    setHandle(m_dropPath, tr("Drop folder"));
+    auto* choose = new QPushButton(tr("Choose folder…"), frame);
+    choose->setToolTip(tr("Pick the folder your phone's or scanner's sync app fills"));
+    auto* row = new QHBoxLayout;
+    row->setSpacing(12);
+    row->addWidget(m_dropPath, 1);
+    row->addWidget(choose);
+    body->addWidget(m_watchDrop);
+    body->addLayout(row);
+    connect(m_watchDrop, &QCheckBox::toggled, this, &SettingsPage::setWatchDropFolder);
+    connect(choose, &QPushButton::clicked, this, &SettingsPage::chooseDropFolder);
+    return frame;
+}
+
+void SettingsPage::setWatchDropFolder(bool on) {
+    if (m_filling) return;
+    const auto saved =
+        context().store.prefs().set(Prefs::kDropFolder, on ? JSONValue(m_dropFolder.toStdString()) : JSONValue());
+    showMessage(m_privacyError, saved ? QString() : text(saved.error().message()));
+    emit dropFolderChanged();
+    emit notify(on ? tr("Watching %1 for new documents.").arg(m_dropFolder) : tr("The drop folder is no longer watched."));
+}
+
+void SettingsPage::chooseDropFolder() {
+    const QString chosen = m_nextFile ? *std::exchange(m_nextFile, std::nullopt)
+                                      : QFileDialog::getExistingDirectory(this, tr("Choose the drop folder"), m_dropFolder);
+    if (chosen.isEmpty()) return;
+    m_dropFolder = chosen;
+    m_dropPath->setText(chosen);
+    if (m_watchDrop->isChecked()) setWatchDropFolder(true);
+    else m_watchDrop->setChecked(true);
 }
 
 QFrame* SettingsPage::buildPrivacy(QWidget* content) {
@@ -537,6 +580,13 @@ void SettingsPage::reload() {
     if (kept && kept->isString()) m_calendarPath = text(kept->asString());
     m_keepCalendar->setChecked(kept && kept->isString());
     m_keepCalendar->setEnabled(!m_calendarPath.isEmpty());
+
+    const JSONValue* drop = prefs.value(Prefs::kDropFolder);
+    const bool watching = drop && drop->isString() && !drop->asString().empty();
+    m_dropFolder = watching ? text(drop->asString())
+                            : QString::fromStdString(DropFolder::defaultFolder(QDir::homePath().toStdString()).string());
+    m_dropPath->setText(m_dropFolder);
+    m_watchDrop->setChecked(watching);
 
     const bool appLock = prefs.flag(Prefs::kAppLock);
     m_appLock->setChecked(appLock);

@@ -34,6 +34,7 @@ public:
 signals:
     void phaseChanged();     // erased or restored: the window re-routes by the store's phase
     void idleLockChanged();  // the idle minutes or app lock changed
+    void dropFolderChanged();  // the drop folder was chosen, changed or turned off
 
 private:
     // Two passphrase fields with their problem line and buttons, shown inline under the button that opened them.
@@ -45,6 +46,7 @@ private:
     };
 
     QFrame* buildReminders(QWidget* content);
+    QFrame* buildDropFolder(QWidget* content);
     QFrame* buildPrivacy(QWidget* content);
     QFrame* buildBackup(QWidget* content);
     QFrame* buildAnotherDevice(QWidget* content);
@@ -56,6 +58,8 @@ private:
     void setAppLock(bool enabled);
     void setRemindWhenClosed(bool on);
     void saveCalendar();
+    void setWatchDropFolder(bool on);
+    void chooseDropFolder();
     void setIdleMinutes(int index);
     void showLastBackup();
     void exportBackup();
@@ -78,6 +82,9 @@ private:
     QPushButton* m_saveReminders = nullptr;
 
     QCheckBox* m_appLock = nullptr;
+    QCheckBox* m_watchDrop = nullptr;
+    QLabel* m_dropPath = nullptr;
+    QString m_dropFolder;  // the folder chosen, kept while watching is off
     QCheckBox* m_remindClosed = nullptr;
     QCheckBox* m_weekly = nullptr;
     QComboBox* m_weekday = nullptr;

@@ -27,7 +27,9 @@ std::string contentTypeOf(const std::string& name) {
     return "application/octet-stream";
 }
 
-std::optional<std::string> owner(const VaultDocument& vault, const std::optional<std::string>& given) {
+}  // namespace
+
+std::optional<std::string> DropFolder::ownerFor(const VaultDocument& vault, const std::optional<std::string>& given) {
     std::vector<const Person*> live;
     for (const auto& person : vault.people)
         if (!person.deleted) live.push_back(&person);
@@ -40,8 +42,6 @@ std::optional<std::string> owner(const VaultDocument& vault, const std::optional
         if (person->isSelf) return person->id;
     return live.size() == 1 ? std::optional(live.front()->id) : std::nullopt;
 }
-
-}  // namespace
 
 DropFolder::DropFolder(FileSystem& files, TextRecognizer& recognizer, std::filesystem::path folder)
     : m_files(files), m_recognizer(recognizer), m_folder(std::move(folder)) {}
@@ -58,13 +58,12 @@ void DropFolder::moveAside(const std::string& name, std::string_view subfolder) 
     (void)m_files.rename(source, destination);
 }
 
-DropFolderScan DropFolder::scan(VaultStore& store, Timestamp now, const std::optional<std::string>& personId) {
-    DropFolderScan result;
-    std::unique_lock running(m_scanning, std::try_to_lock);
-    if (!running.owns_lock()) {
+std::vector<DroppedFile> DropFolder::takeReady(DropFolderScan& result) {
+    if (m_busy.exchange(true)) {
         result.busy = true;
-        return result;
+        return {};
     }
+    std::vector<DroppedFile> ready;
     std::map<std::string, FileStamp> seen;
     for (const std::string& name : m_files.list(m_folder)) {
         const auto stamp = m_files.stamp(m_folder / name);
@@ -75,43 +74,59 @@ DropFolderScan DropFolder::scan(VaultStore& store, Timestamp now, const std::opt
             ++result.waiting;
             continue;
         }
-        const auto person = owner(store.doc(), personId);
-        if (!person) {
-            result.refused.emplace_back(name, "Choose whose documents the drop folder files, then they are read.");
-            continue;  // left where it is until someone is chosen
-        }
         auto bytes = m_files.readRegularFile(m_folder / name, kLargestFile);
         if (!bytes) {
             result.refused.emplace_back(name, bytes.error().message());
             if (bytes.error().code == FileError::Code::tooLarge) moveAside(name, kNotImported);
             continue;
         }
-        auto read = m_recognizer.read(*bytes);
-        if (!read) {
-            result.refused.emplace_back(name, read.error().message());
-            if (read.error().code != RecognitionError::Code::noEngine) moveAside(name, kNotImported);
-            continue;
-        }
-        DocumentRecord record;
-        record.id = newUUID();
-        record.updatedAt = now;
-        record.personId = *person;
-        record.filename = name;
-        record.contentType = contentTypeOf(name);
-        record.text = read->text;
-        record.kind = std::string(rawValue(DocumentParser::parse(read->text, name).kind));
-        record.needsReview = true;
-        auto added = store.addDocument(*bytes, std::move(record));
-        // The file leaves the folder only once the vault holding it is on disk.
-        if (added && store.flush()) {
-            result.imported.push_back(added->id);
-            moveAside(name, kImported);
-        } else {
-            result.refused.emplace_back(name, added ? "The vault couldn't be saved, so the file stays for the next try."
-                                                    : added.error().message());
-        }
+        ready.push_back({name, std::move(*bytes)});
     }
     m_lastSeen = std::move(seen);
+    if (ready.empty()) m_busy = false;
+    return ready;
+}
+
+void DropFolder::file(VaultStore& store, const DroppedFile& dropped,
+                      const Result<RecognizedDocument, RecognitionError>& read, Timestamp now,
+                      const std::optional<std::string>& personId, DropFolderScan& result) {
+    const std::string& name = dropped.name;
+    if (!read) {
+        result.refused.emplace_back(name, read.error().message());
+        if (read.error().code != RecognitionError::Code::noEngine) moveAside(name, kNotImported);
+        return;
+    }
+    const auto person = store.phase() == VaultPhase::ready ? ownerFor(store.doc(), personId) : std::nullopt;
+    if (!person) {
+        // Left where it is, to be taken again once someone is chosen or the vault is open again.
+        result.refused.emplace_back(name, "Choose whose documents the drop folder files, then they are read.");
+        return;
+    }
+    DocumentRecord record;
+    record.id = newUUID();
+    record.updatedAt = now;
+    record.personId = *person;
+    record.filename = name;
+    record.contentType = contentTypeOf(name);
+    record.text = read->text;
+    record.kind = std::string(rawValue(DocumentParser::parse(read->text, name).kind));
+    record.needsReview = true;
+    auto added = store.addDocument(dropped.bytes, std::move(record));
+    // The file leaves the folder only once the vault holding it is on disk.
+    if (added && store.flush()) {
+        result.imported.push_back(added->id);
+        moveAside(name, kImported);
+    } else {
+        result.refused.emplace_back(name, added ? "The vault couldn't be saved, so the file stays for the next try."
+                                                : added.error().message());
+        m_lastSeen.erase(name);
+    }
+}
+
+DropFolderScan DropFolder::scan(VaultStore& store, Timestamp now, const std::optional<std::string>& personId) {
+    DropFolderScan result;
+    for (const auto& dropped : takeReady(result)) file(store, dropped, recognise(dropped), now, personId, result);
+    if (!result.busy) finish();
     return result;
 }
 

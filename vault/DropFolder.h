@@ -12,8 +12,8 @@
 #include "vault/VaultStore.h"
 
 #include <filesystem>
+#include <atomic>
 #include <map>
-#include <mutex>
 #include <optional>
 #include <string>
 #include <utility>
@@ -28,6 +28,11 @@ struct DropFolderScan {
     bool busy = false;                                       // another scan was running
 };
 
+struct DroppedFile {
+    std::string name;
+    Bytes bytes;
+};
+
 class DropFolder {
 public:
     static constexpr std::string_view kImported = "Imported";
@@ -37,16 +42,29 @@ public:
     static std::filesystem::path defaultFolder(const std::filesystem::path& home) { return home / "Corvale Inbox"; }
 
     DropFolder(FileSystem& files, TextRecognizer& recognizer, std::filesystem::path folder);
+    // Whose the files become: `given` when it names a live person, else the vault's own, else its only person.
+    static std::optional<std::string> ownerFor(const VaultDocument& vault, const std::optional<std::string>& given);
+    const std::filesystem::path& folder() const { return m_folder; }
 
-    // Files go to `personId` when given, else to the vault's own person, else to its only person.
+    // One whole pass on the caller's thread. Files go to `personId` when given, else to the vault's own
+    // person, else to its only person.
     DropFolderScan scan(VaultStore& store, Timestamp now, const std::optional<std::string>& personId = std::nullopt);
+
+    // The same pass in three steps, so recognition can run on another thread: the files complete since
+    // the last look, read whole (none, and `busy` set, while an earlier pass is unfinished); then each
+    // read with `recognise` on any thread; then each filed on the store's thread; then `finish`.
+    std::vector<DroppedFile> takeReady(DropFolderScan& result);
+    Result<RecognizedDocument, RecognitionError> recognise(const DroppedFile& file) { return m_recognizer.read(file.bytes); }
+    void file(VaultStore& store, const DroppedFile& dropped, const Result<RecognizedDocument, RecognitionError>& read,
+              Timestamp now, const std::optional<std::string>& personId, DropFolderScan& result);
+    void finish() { m_busy = false; }
 
 private:
     FileSystem& m_files;
     TextRecognizer& m_recognizer;
     std::filesystem::path m_folder;
     std::map<std::string, FileStamp> m_lastSeen;
-    std::mutex m_scanning;
+    std::atomic<bool> m_busy{false};
 
     void moveAside(const std::string& name, std::string_view subfolder);
 };

@@ -34,6 +34,8 @@ public:
     static constexpr int kDefaultWeeklyReviewHour = 8;
     // A calendar file kept up to date after every change; absent or null when none is.
     static constexpr std::string_view kCalendarFile = "calendarFile";
+    // The drop folder watched for new documents; absent or null when none is.
+    static constexpr std::string_view kDropFolder = "dropFolder";
 
     Prefs(FileSystem& files, std::filesystem::path file);
     static std::filesystem::path defaultFile();  // <configuration>/Corvale/prefs.json

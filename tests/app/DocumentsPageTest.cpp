@@ -1,5 +1,9 @@
 #include "AppTestSupport.h"
 #include "app/DocumentsPage.h"
+#include "app/DropFolderWatch.h"
+#include "app/SettingsPage.h"
+
+#include <QCheckBox>
 
 #include <QLineEdit>
 #include <QPushButton>
@@ -15,6 +19,13 @@ namespace corvale::app {
 using testing::OpenVault;
 
 QString fixture() { return QStringLiteral(CORVALE_SOURCE_DIR "/tests/cli/data/licence-card.pdf"); }
+
+Bytes fixtureBytes() {
+    QFile file(fixture());
+    if (!file.open(QIODevice::ReadOnly)) return {};
+    const QByteArray bytes = file.readAll();
+    return Bytes(bytes.begin(), bytes.end());
+}
 
 const Credential& texasLicence(const VaultDocument& doc) {
     return *std::find_if(doc.credentials.begin(), doc.credentials.end(),
@@ -75,6 +86,41 @@ private slots:
         page->duplicatesButton()->click();
         QCOMPARE(page->list()->topLevelItemCount(), static_cast<int>(documentsBefore) + 1);
         QVERIFY(!page->duplicatesButton()->isEnabled());
+    }
+
+    void theDropFolderChosenInSettingsFilesWhatSettlesThereForReview() {
+        testing::ShownWindow window(testing::fillSampleVault);
+        DropFolderWatch* watch = window.dropFolderWatch();
+        QVERIFY(!watch->watching());  // off until chosen
+        window.showScreen(QStringLiteral("settings"));
+        auto* settings = window.findChild<SettingsPage*>();
+        settings->setNextFileChoice(QStringLiteral("/home/ana/Inbox"));
+        const auto buttons = settings->findChildren<QPushButton*>();
+        const auto choose = std::find_if(buttons.begin(), buttons.end(),
+                                         [](const QPushButton* b) { return b->text() == QStringLiteral("Choose folder…"); });
+        QVERIFY(choose != buttons.end());
+        (*choose)->click();
+        QVERIFY(watch->watching());
+        QVERIFY(window.device.files.exists("/home/ana/Inbox"));
+
+        const auto documentsBefore = window.store().doc().documents.size();
+        QVERIFY(window.device.files.replaceFileAtomically("/home/ana/Inbox/card.pdf", fixtureBytes()));
+        watch->look();  // first seen: it may still be arriving
+        QVERIFY(!watch->reading());
+        watch->look();
+        QTRY_VERIFY(!watch->reading());
+        QCOMPARE(window.store().doc().documents.size(), documentsBefore + 1);
+        QVERIFY(window.store().doc().documents.back().needsReview);
+        QVERIFY(window.device.files.exists("/home/ana/Inbox/Imported/card.pdf"));
+        QCOMPARE(window.statusText(), QStringLiteral("1 document from the drop folder to review."));
+
+        const auto boxes = settings->findChildren<QCheckBox*>();
+        const auto watchBox = std::find_if(boxes.begin(), boxes.end(), [](const QCheckBox* b) {
+            return b->text() == QStringLiteral("Watch a drop folder for new documents");
+        });
+        QVERIFY(watchBox != boxes.end() && (*watchBox)->isChecked());
+        (*watchBox)->click();
+        QVERIFY(!watch->watching());
     }
 };
 
