@@ -260,8 +260,8 @@ std::optional<std::string> findBoardStatus(std::string_view text) {
             const std::string title = asciiLower(trimmed(heading[column].text));
             if (!title.ends_with("status")) continue;
             const auto row = textCells(lines[i + 1].text);
-            if (row.size() == heading.size())
-                if (auto status = tidy(row[column].text)) return status;
+            if (const std::size_t cell = cellUnder(heading, column, row); cell < row.size())
+                if (auto status = tidy(row[cell].text)) return status;
         }
     }
     return std::nullopt;

@@ -57,7 +57,13 @@ std::vector<std::string> candidates(std::string_view value) {
     for (const auto& match : candidatePattern().all(value)) {
         if (overlapsDate(value, match.begin, match.end)) continue;
         if (overlapsStateAndZip(value, match.begin, match.end, match.group(1))) continue;
-        if (auto cleaned = NumberFinder::clean(match.group(1))) found.push_back(*cleaned);
+        std::string_view candidate = match.group(1);
+        // "JANE Q 054321" in a table row: letters apart from the digits after a word are a name's initial.
+        const std::size_t gap = candidate.find(' ');
+        const std::string_view before = trimmed(value.substr(0, match.begin));
+        if (gap != std::string_view::npos && !before.empty() && std::isalpha(static_cast<unsigned char>(before.back())))
+            candidate.remove_prefix(gap + 1);
+        if (auto cleaned = NumberFinder::clean(candidate)) found.push_back(*cleaned);
     }
     return found;
 }
@@ -85,7 +91,8 @@ std::optional<std::string> labelled(const std::vector<TextLine>& lines, const Pa
         if (i + 1 >= lines.size() || isNoise(lines[i + 1].text)) continue;
         const auto below = textCells(lines[i + 1].text);
         std::string_view next = lines[i + 1].text;
-        if (cells.size() >= 2 && below.size() == cells.size()) next = below[labelCell].text;
+        if (const std::size_t column = cellUnder(cells, labelCell, below); cells.size() >= 2 && column < below.size())
+            next = below[column].text;
         if (auto found = candidates(next); !found.empty()) return found.front();
     }
     return std::nullopt;

@@ -2,6 +2,8 @@
 
 #include "documents/reading/Pattern.h"
 
+#include <algorithm>
+
 namespace corvale {
 
 std::vector<TextLine> textLines(std::string_view text) {
@@ -34,6 +36,24 @@ std::size_t cellAt(const std::vector<TextCell>& cells, std::size_t offset) {
     for (std::size_t i = 0; i < cells.size(); ++i)
         if (offset >= cells[i].offset && offset < cells[i].offset + cells[i].text.size()) return i;
     return cells.size();
+}
+
+std::size_t cellUnder(const std::vector<TextCell>& headings, std::size_t column, const std::vector<TextCell>& cells) {
+    if (column >= headings.size()) return cells.size();
+    if (headings.size() == cells.size()) return column;
+    const std::size_t from = headings[column].offset;
+    const std::size_t to = from + headings[column].text.size();
+    std::size_t best = cells.size();
+    std::size_t bestOverlap = 0;
+    for (std::size_t i = 0; i < cells.size(); ++i) {
+        const std::size_t start = std::max(from, cells[i].offset);
+        const std::size_t end = std::min(to, cells[i].offset + cells[i].text.size());
+        if (end > start && end - start > bestOverlap) {
+            best = i;
+            bestOverlap = end - start;
+        }
+    }
+    return best;
 }
 
 std::string_view trimmed(std::string_view text) {

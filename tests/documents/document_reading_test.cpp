@@ -66,6 +66,9 @@ TEST(NumberFinder, TakesTheLabelledNumberAndNeverAZipDateOrNoise) {
     EXPECT_EQ(NumberFinder::find("Name         License Number    Status\nJane Roe     0098765           Active", false),
               "0098765");
     EXPECT_EQ(NumberFinder::find("License No.   MD-77321-B", false), "MD77321B");
+    // A row whose name and number ran together: the name's initial is no prefix of the number.
+    EXPECT_EQ(NumberFinder::find("Name        License Number     Status\nROE, JANE Q 054321         Active", false),
+              "054321");
     EXPECT_EQ(NumberFinder::find("Lic. No. 06/30/2027", false), std::nullopt);
     // Unlabelled: a DEA form first, then letters with digits before a ZIP-length run.
     EXPECT_EQ(NumberFinder::find("DRUG ENFORCEMENT\nFJ1234563\n", true), "FJ1234563");
@@ -101,6 +104,7 @@ TEST(DocumentFields, HoursStatusTitleAndCertificationsReadRight) {
 
     EXPECT_EQ(findBoardStatus("License Status: Active Expiration Date: 05/31/2027"), "Active");
     EXPECT_EQ(findBoardStatus("Name    License Status    Expires\nJ Roe   Clear             2027"), "Clear");
+    EXPECT_EQ(findBoardStatus("Name       Number      Status     Expires\nJ Roe 1234            Lapsed     2027"), "Lapsed");
 
     EXPECT_EQ(findTitle("This certifies that Jane Roe\nhas successfully completed\n\"Safe Opioid Prescribing\""),
               "Safe Opioid Prescribing");

@@ -69,9 +69,10 @@ std::vector<Sample> samples() {
     board.boardStatus = "Active";
     list.push_back({"board verification printout with a status column",
                     testing::paintedPDF({Paper{{"Arizona Medical Board", "License Verification", "",
-                                                "Name: EXAMPLE, JANE Q", "License Number: 054321",
-                                                "License Status: Active", "Expiration Date: 06/30/2028",
-                                                "Information is current as of 11/20/2026"}}}),
+                                                "Name              License Number     Status     Expiration Date",
+                                                "EXAMPLE, JANE Q   054321             Active     06/30/2028", "",
+                                                "Information is current as of 11/20/2026"},
+                                               8.5, 11, 10}}),
                     board});
     list.push_back({"DEA certificate, scan",
                     testing::scannedPicture(
