@@ -13,6 +13,7 @@
 #include "records/USState.h"
 #include "vault/VaultStore.h"
 
+#include <QComboBox>
 #include <QDir>
 #include <QDragEnterEvent>
 #include <QDropEvent>
@@ -114,6 +115,8 @@ DocumentsPage::DocumentsPage(AppContext& context, QWidget* parent)
     m_target->setWordWrap(true);
     setHandle(m_target, tr("What this document proposes"));
     m_fields = new QFormLayout;
+    m_fileWith = new QComboBox;
+    m_fileWith->setAccessibleName(tr("File with"));
     m_error = errorLabel(tr("Review problem"), m_review);
     m_confirm = new QPushButton(tr("Confirm"), m_review);
     m_confirm->setObjectName(QStringLiteral("primary"));
@@ -139,6 +142,11 @@ DocumentsPage::DocumentsPage(AppContext& context, QWidget* parent)
     reviewRow->addWidget(m_picture, 0, Qt::AlignTop);
     reviewRow->addLayout(reviewLayout, 1);
     reviewLayout->addWidget(m_target);
+    auto* fileWithRow = new QWidget(m_review);
+    auto* fileWithForm = new QFormLayout(fileWithRow);
+    fileWithForm->setContentsMargins(0, 0, 0, 0);
+    fileWithForm->addRow(tr("File with"), m_fileWith);
+    reviewLayout->addWidget(fileWithRow);
     reviewLayout->addLayout(m_fields);
     reviewLayout->addWidget(m_error);
     reviewLayout->addLayout(reviewButtons);
@@ -226,6 +234,25 @@ bool DocumentsPage::showDocument(const QString& id) {
     const Guess guess = DocumentParser::parse(document->text.value_or(""), document->filename);
     m_proposal = std::make_unique<DocumentProposal>(DocumentProposal::make(context().doc(), *document, guess));
     m_target->setText(targetSentence(*m_proposal, context().doc()));
+    // A credential's document may belong to another of the person's credentials than the one proposed.
+    const bool credential = m_proposal->target == DocumentProposal::Target::existingCredential ||
+                            m_proposal->target == DocumentProposal::Target::newCredential;
+    {
+        const QSignalBlocker quiet(m_fileWith);
+        m_fileWith->clear();
+        m_fileWith->addItem(tr("A new credential"), QStringLiteral("new"));
+        for (const auto& held : context().doc().credentials) {
+            if (held.deleted || held.personId != document->personId) continue;
+            const auto kind = held.kindValue();
+            QString name = kind ? text(std::string(displayName(*kind))) : text(held.kind);
+            if (held.state) name = text(USState::nameOf(*held.state)) + QLatin1Char(' ') + name;
+            if (held.number) name += QLatin1Char(' ') + text(*held.number);
+            m_fileWith->addItem(name, text(held.id));
+        }
+        const int chosen = m_proposal->credentialId ? m_fileWith->findData(text(*m_proposal->credentialId)) : 0;
+        m_fileWith->setCurrentIndex(std::max(chosen, 0));
+    }
+    m_fileWith->parentWidget()->setVisible(credential);
     for (const auto name : m_proposal->fieldNames()) {
         const auto value = m_proposal->fields.find(std::string(name));
         auto* edit = lineEdit(fieldLabel(name), QString(), m_review);
@@ -264,6 +291,13 @@ bool DocumentsPage::confirm() {
     if (!m_proposal) return false;
     showMessage(m_error, QString());
     DocumentProposal proposal = *m_proposal;
+    if (!m_fileWith->parentWidget()->isHidden()) {
+        const std::string record = m_fileWith->currentData().toString().toStdString();
+        if (auto moved = proposal.set(context().doc(), "record=" + record); !moved) {
+            showMessage(m_error, text(moved.error()));
+            return false;
+        }
+    }
     for (const auto name : proposal.fieldNames()) {
         const QLineEdit* edit = field(text(std::string(name)));
         const std::string typed = edit ? edit->text().trimmed().toStdString() : std::string();

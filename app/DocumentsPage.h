@@ -12,6 +12,7 @@
 #include <optional>
 
 class QLabel;
+class QComboBox;
 class QFormLayout;
 class QLineEdit;
 class QPlainTextEdit;
@@ -45,6 +46,8 @@ public:
     void answerNextFileDialog(const QStringList& paths) { m_nextFiles = paths; }
     QTreeWidget* list() const { return m_list; }
     QLineEdit* field(const QString& name) const;
+    // Which record a credential's document is filed with: the id of one of the person's credentials, or "new".
+    QComboBox* fileWith() const { return m_fileWith; }
     QString proposalText() const;
     // Whether the chosen document's first page is drawn beside the form.
     bool showsPicture() const;
@@ -72,6 +75,7 @@ private:
     QLabel* m_picture = nullptr;
     QLabel* m_target = nullptr;
     QFormLayout* m_fields = nullptr;
+    QComboBox* m_fileWith = nullptr;
     QLabel* m_error = nullptr;
     QPushButton* m_confirm = nullptr;
     QPushButton* m_showText = nullptr;

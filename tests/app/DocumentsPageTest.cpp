@@ -59,6 +59,7 @@ private slots:
         // The card is proposed for the Texas licence already there; nothing in it changes yet.
         QVERIFY(page->proposalText().startsWith(QStringLiteral("This is a copy of the Texas State License.")));
         QCOMPARE(page->field(QStringLiteral("number"))->text(), QStringLiteral("Q4412"));
+        QCOMPARE(page->fileWith()->currentText(), QStringLiteral("Texas State License R4821"));
         QVERIFY(page->showsPicture());
         QCOMPARE(texasLicence(vault.store.doc()).number, std::optional<std::string>("R4821"));
         const auto row = page->list()->findItems(QStringLiteral("licence-card.pdf"), Qt::MatchExactly).value(0);
@@ -86,6 +87,14 @@ private slots:
         page->duplicatesButton()->click();
         QCOMPARE(page->list()->topLevelItemCount(), static_cast<int>(documentsBefore) + 1);
         QVERIFY(!page->duplicatesButton()->isEnabled());
+
+        // Filed as a credential of its own instead of the one proposed.
+        const auto credentialsBefore = vault.store.doc().credentials.size();
+        QVERIFY(page->importFiles({fixture()}).isEmpty());
+        page->fileWith()->setCurrentIndex(page->fileWith()->findData(QStringLiteral("new")));
+        QVERIFY(page->confirm());
+        QCOMPARE(vault.store.doc().credentials.size(), credentialsBefore + 1);
+        QCOMPARE(vault.store.doc().credentials.back().number, std::optional<std::string>("Q4412"));
     }
 
     void theDropFolderChosenInSettingsFilesWhatSettlesThereForReview() {
