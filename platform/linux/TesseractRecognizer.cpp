@@ -80,36 +80,21 @@ struct TesseractRecognizer::Engines {
     std::vector<std::unique_ptr<tesseract::TessBaseAPI>> idle;
     std::vector<std::unique_ptr<tesseract::TessBaseAPI>> idleOrienters;
 
-    std::unique_ptr<tesseract::TessBaseAPI> take() {
+    // A kept engine, or a new one: "eng" to read, "osd" only to tell how a page lies.
+    std::unique_ptr<tesseract::TessBaseAPI> take(bool orienter = false) {
+        auto& pool = orienter ? idleOrienters : idle;
         {
             std::lock_guard guard(lock);
-            if (!idle.empty()) {
-                auto engine = std::move(idle.back());
-                idle.pop_back();
+            if (!pool.empty()) {
+                auto engine = std::move(pool.back());
+                pool.pop_back();
                 return engine;
             }
         }
         auto engine = std::make_unique<tesseract::TessBaseAPI>();
-        if (engine->Init(nullptr, "eng", tesseract::OEM_DEFAULT) != 0) return nullptr;
+        if (engine->Init(nullptr, orienter ? "osd" : "eng", tesseract::OEM_DEFAULT) != 0) return nullptr;
         engine->SetVariable("debug_file", "/dev/null");
-        engine->SetPageSegMode(tesseract::PSM_AUTO);
-        return engine;
-    }
-
-    // The orientation engine, where its data is installed; only asked when a page reads badly.
-    std::unique_ptr<tesseract::TessBaseAPI> takeOrienter() {
-        {
-            std::lock_guard guard(lock);
-            if (!idleOrienters.empty()) {
-                auto engine = std::move(idleOrienters.back());
-                idleOrienters.pop_back();
-                return engine;
-            }
-        }
-        auto engine = std::make_unique<tesseract::TessBaseAPI>();
-        if (engine->Init(nullptr, "osd", tesseract::OEM_DEFAULT) != 0) return nullptr;
-        engine->SetVariable("debug_file", "/dev/null");
-        engine->SetPageSegMode(tesseract::PSM_OSD_ONLY);
+        engine->SetPageSegMode(orienter ? tesseract::PSM_OSD_ONLY : tesseract::PSM_AUTO);
         return engine;
     }
 
@@ -165,7 +150,7 @@ Result<RecognizedDocument, RecognitionError> TesseractRecognizer::read(ByteView 
             // A page that reads badly may lie on its side or upside down: turned upright, it is kept
             // only if it then reads better.
             if (confidence < 60) {
-                if (!orienter) orienter = m_engines->takeOrienter();
+                if (!orienter) orienter = m_engines->take(true);
                 if (const int quarters = orienter ? clockwiseQuarters(*orienter, picture.get()) : 0) {
                     PixPtr upright(pixRotateOrth(picture.get(), (4 - quarters) % 4));
                     if (upright) {
