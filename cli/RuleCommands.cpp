@@ -102,6 +102,8 @@ void printProfession(std::ostream& out, const StateRule& state, Degree degree, c
     const std::string unit = unitFor(degree);
     if (resolved->noCERequired()) {
         out << "  No continuing education required\n";
+    } else if (rule.hours && *rule.hours == 0) {
+        out << "  " << state.name << " requires no general " << unit << "s, only the topics below\n";
     } else if (rule.hours) {
         out << "  " << plural(*rule.hours, unit);
         if (rule.cycleYears) out << " " << every(*rule.cycleYears, "year");

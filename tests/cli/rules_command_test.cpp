@@ -123,6 +123,20 @@ TEST(RulesCommand, AnswersFromTheDeliveredDataForNursesAndPhysicians) {
     const auto californiaRN = run({"rules", "CA", "--profession", "rn"}, {&requirements, &fees});
     EXPECT_NE(californiaRN.out.find("California isn't listed as a Compact state"), std::string::npos);
 
+    // A board that asks only for particular topics is told apart from one that asks for nothing, and from
+    // a figure nobody recorded.
+    const auto newYorkMD = run({"rules", "NY", "--profession", "MD"}, {&requirements, &fees});
+    EXPECT_NE(newYorkMD.out.find("New York requires no general CME hours, only the topics below\n  Topics:\n"
+                                 "    - Infection control"),
+              std::string::npos)
+        << newYorkMD.out;
+    const auto coloradoRN = run({"rules", "CO", "--profession", "RN"}, {&requirements, &fees});
+    EXPECT_NE(coloradoRN.out.find("No continuing education required"), std::string::npos) << coloradoRN.out;
+    for (const auto& outcome : {newYorkMD, coloradoRN}) {
+        EXPECT_EQ(outcome.out.find("not recorded"), std::string::npos);
+        EXPECT_EQ(outcome.out.find("isn't recorded"), std::string::npos);
+    }
+
     const auto compare = run({"fees", "TX", "MD"}, {&requirements, &fees});
     EXPECT_EQ(compare.code, 0);
     EXPECT_NE(compare.out.find("$817"), std::string::npos) << compare.out;

@@ -119,12 +119,13 @@ TEST(Readiness, APhysicianANursePractitionerAndAPhysicianAssistant) {
     EXPECT_DOUBLE_EQ(controlled->done, 0);
     EXPECT_DOUBLE_EQ(controlled->unapprovedHours, 2);
 
-    // New York NP: no hour total in state law; infection control is a course, not hours; opioid training is
-    // for DEA holders only (none here).
+    // New York NP: state law sets no hour total, only topics; infection control is a course, not hours;
+    // opioid training is for DEA holders only (none here).
     const auto& york = find(readiness, practitioner, "NY");
     EXPECT_TRUE(hasTopic(york, "infectionControl"));
     EXPECT_FALSE(hasTopic(york, "opioidPrescribing"));
-    EXPECT_EQ(york.summary(), "Hours not recorded");
+    EXPECT_FALSE(york.noCERequired());
+    EXPECT_EQ(york.summary(), "No hour requirement");
     // Texas NP: 20 contact hours.
     EXPECT_EQ(find(readiness, practitioner, "TX").summary(), "3 of 20 contact hours");
 
