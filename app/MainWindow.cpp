@@ -39,6 +39,9 @@
 #include <QScopedValueRollback>
 #include <QShortcut>
 #include <QStackedWidget>
+#include <QDragEnterEvent>
+#include <QDropEvent>
+#include <QMimeData>
 #include <QTimer>
 #include <QVBoxLayout>
 
@@ -74,6 +77,7 @@ MainWindow::MainWindow(const VaultStoreSetup& setup, const Requirements& require
     applyTheme(this);
     setMinimumSize(900, 600);
     resize(1280, 800);
+    setAcceptDrops(true);
 
     m_pages = new QStackedWidget(this);
     m_opening = makeLabel(tr("Opening your vault…"), "caption", m_pages);
@@ -704,6 +708,20 @@ void MainWindow::closeEvent(QCloseEvent* event) {
         return;
     }
     QWidget::closeEvent(event);
+}
+
+void MainWindow::dragEnterEvent(QDragEnterEvent* event) {
+    if (m_pages->currentWidget() == m_shell && event->mimeData()->hasUrls()) event->acceptProposedAction();
+}
+
+void MainWindow::dropEvent(QDropEvent* event) {
+    QStringList paths;
+    for (const QUrl& url : event->mimeData()->urls())
+        if (url.isLocalFile()) paths << url.toLocalFile();
+    if (paths.isEmpty() || m_pages->currentWidget() != m_shell) return;
+    event->acceptProposedAction();
+    showScreen(QStringLiteral("documents"));
+    (void)m_documents->importFiles(paths);
 }
 
 }  // namespace corvale::app

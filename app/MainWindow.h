@@ -110,6 +110,9 @@ protected:
     void closeEvent(QCloseEvent* event) override;
     void hideEvent(QHideEvent* event) override;
     bool eventFilter(QObject* watched, QEvent* event) override;
+    // Files dropped anywhere on an open vault's window go to the Documents screen to be read.
+    void dragEnterEvent(QDragEnterEvent* event) override;
+    void dropEvent(QDropEvent* event) override;
 
 private:
     void addScreen(const QString& name, const QString& title, QWidget* page);

@@ -4,6 +4,8 @@
 #include "app/SettingsPage.h"
 
 #include <QCheckBox>
+#include <QDropEvent>
+#include <QMimeData>
 
 #include <QLineEdit>
 #include <QPushButton>
@@ -122,6 +124,17 @@ private slots:
         QVERIFY(window.store().doc().documents.back().needsReview);
         QVERIFY(window.device.files.exists("/home/ana/Inbox/Imported/card.pdf"));
         QCOMPARE(window.statusText(), QStringLiteral("1 document from the drop folder to review."));
+
+        // A file dropped anywhere on the window is read on the Documents screen.
+        QMimeData files;
+        files.setUrls({QUrl::fromLocalFile(fixture())});
+        QDragEnterEvent enter(QPoint(200, 200), Qt::CopyAction, &files, Qt::LeftButton, Qt::NoModifier);
+        QApplication::sendEvent(&window.window, &enter);
+        QVERIFY(enter.isAccepted());
+        QDropEvent drop(QPointF(200, 200), Qt::CopyAction, &files, Qt::LeftButton, Qt::NoModifier);
+        QApplication::sendEvent(&window.window, &drop);
+        QCOMPARE(window.pageName(), QStringLiteral("documents"));
+        QCOMPARE(window.store().doc().documents.size(), documentsBefore + 2);
 
         const auto boxes = settings->findChildren<QCheckBox*>();
         const auto watchBox = std::find_if(boxes.begin(), boxes.end(), [](const QCheckBox* b) {
