@@ -10,7 +10,7 @@
 #include "platform/linux/DocumentImages.h"
 #include "platform/linux/TesseractRecognizer.h"
 #include "records/EntryRules.h"
-#include "records/USState.h"
+#include "requirements/CredentialRenewal.h"
 #include "vault/VaultStore.h"
 
 #include <QComboBox>
@@ -63,16 +63,18 @@ QString fieldLabel(std::string_view name) {
     return found == labels.end() ? text(std::string(name)) : QObject::tr(found->second);
 }
 
+// "Texas license R4821", as reminders and the plan name a credential, with its number.
+QString credentialName(const Credential& credential) {
+    return text(renewTitle(credential) + (credential.number ? " " + *credential.number : std::string()));
+}
+
 QString targetSentence(const DocumentProposal& proposal, const VaultDocument& vault) {
     switch (proposal.target) {
     case DocumentProposal::Target::existingCredential:
         for (const auto& credential : vault.credentials)
-            if (credential.id == proposal.credentialId) {
-                const auto kind = credential.kindValue();
-                QString name = kind ? text(std::string(displayName(*kind))) : text(credential.kind);
-                if (credential.state) name = text(USState::nameOf(*credential.state)) + QLatin1Char(' ') + name;
-                return QObject::tr("This is a copy of the %1. Confirming updates it with what is below.").arg(name);
-            }
+            if (credential.id == proposal.credentialId)
+                return QObject::tr("This is a copy of your %1. Confirming updates it with what is below.")
+                    .arg(credentialName(credential));
         break;
     case DocumentProposal::Target::newCredential:
         return QObject::tr("This is a credential not in the vault yet. Confirming adds it with what is below.");
@@ -242,12 +244,7 @@ bool DocumentsPage::showDocument(const QString& id) {
         m_fileWith->clear();
         m_fileWith->addItem(tr("A new credential"), QStringLiteral("new"));
         for (const auto& held : context().doc().credentials) {
-            if (held.deleted || held.personId != document->personId) continue;
-            const auto kind = held.kindValue();
-            QString name = kind ? text(std::string(displayName(*kind))) : text(held.kind);
-            if (held.state) name = text(USState::nameOf(*held.state)) + QLatin1Char(' ') + name;
-            if (held.number) name += QLatin1Char(' ') + text(*held.number);
-            m_fileWith->addItem(name, text(held.id));
+            if (!held.deleted && held.personId == document->personId) m_fileWith->addItem(credentialName(held), text(held.id));
         }
         const int chosen = m_proposal->credentialId ? m_fileWith->findData(text(*m_proposal->credentialId)) : 0;
         m_fileWith->setCurrentIndex(std::max(chosen, 0));

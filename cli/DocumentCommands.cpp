@@ -9,6 +9,7 @@
 #include "records/EntryRules.h"
 #include "records/JSONWriter.h"
 #include "records/USState.h"
+#include "requirements/CredentialRenewal.h"
 
 #include <iomanip>
 #include <sstream>
@@ -49,12 +50,7 @@ const DocumentRecord* findDocument(const VaultDocument& vault, const std::string
 }
 
 std::string credentialName(const Credential& credential) {
-    std::string name;
-    if (credential.state) name = USState::nameOf(*credential.state) + " ";
-    const auto kind = credential.kindValue();
-    name += kind ? std::string(displayName(*kind)) : credential.kind;
-    if (credential.number) name += " " + *credential.number;
-    return name;
+    return renewTitle(credential) + (credential.number ? " " + *credential.number : std::string());
 }
 
 JSONObject proposalJSON(const DocumentProposal& proposal, const DocumentRecord& document) {

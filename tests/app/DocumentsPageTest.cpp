@@ -59,9 +59,9 @@ private slots:
         QCOMPARE(stored.kind, std::optional<std::string>("license"));
 
         // The card is proposed for the Texas licence already there; nothing in it changes yet.
-        QVERIFY(page->proposalText().startsWith(QStringLiteral("This is a copy of the Texas State License.")));
+        QVERIFY(page->proposalText().startsWith(QStringLiteral("This is a copy of your Texas license R4821.")));
         QCOMPARE(page->field(QStringLiteral("number"))->text(), QStringLiteral("Q4412"));
-        QCOMPARE(page->fileWith()->currentText(), QStringLiteral("Texas State License R4821"));
+        QCOMPARE(page->fileWith()->currentText(), QStringLiteral("Texas license R4821"));
         QVERIFY(page->showsPicture());
         QCOMPARE(texasLicence(vault.store.doc()).number, std::optional<std::string>("R4821"));
         const auto row = page->list()->findItems(QStringLiteral("licence-card.pdf"), Qt::MatchExactly).value(0);
