@@ -43,6 +43,8 @@ set(CPACK_DEBIAN_PACKAGE_SECTION "misc")
 # dpkg-shlibdeps names every library the programs link (Qt's X11 and
 # offscreen display plugins come with libqt6gui6, fonts with fontconfig).
 set(CPACK_DEBIAN_PACKAGE_SHLIBDEPS ON)
+# Tesseract's library comes through shlibdeps; the English and orientation data it reads do not.
+set(CPACK_DEBIAN_PACKAGE_DEPENDS "tesseract-ocr-eng, tesseract-ocr-osd")
 # The key lives in the Secret Service; reminders need a notification daemon.
 set(CPACK_DEBIAN_PACKAGE_RECOMMENDS "gnome-keyring, dbus-user-session, qt6-wayland")
 set(CPACK_DEBIAN_PACKAGE_SUGGESTS "notification-daemon")

@@ -50,6 +50,11 @@ in_root corvale --help | grep -q "remind" || fail "corvale --help did not list i
 rules=$(in_root corvale rules OH --profession RN) || fail "corvale could not read its installed rules"
 grep -q "Ohio" <<<"$rules" || fail "the rules shown are not Ohio's: $rules"
 
+# A scanned card is read with the recognition data the package brings along.
+cp "$(dirname "$0")/../cli/data/licence-card.png" "$root/tmp/card.png"
+read=$(in_root corvale doc read /tmp/card.png 2>&1) || fail "corvale could not read a scanned card: $read"
+grep -q "Q4412" <<<"$read" || fail "the card's number was not read: $read"
+
 # The window starts on a screen of its own and is still up after a few seconds.
 set +e
 install -d -m 0700 "$root/run/user/0"

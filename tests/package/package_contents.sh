@@ -22,7 +22,8 @@ unwanted=$(grep -E '\.(a|h|hpp)$|/include/|test|bench|fuzz' <<<"$contents" || tr
 [ -z "$unwanted" ] || fail "the package holds build-only files: $unwanted"
 
 depends=$(dpkg-deb -f "$deb" Depends)
-for library in libqt6widgets6 libqt6dbus6 libsecret-1-0 libssl3 libpam0g libdeflate0 libc6; do
+for library in libqt6widgets6 libqt6dbus6 libsecret-1-0 libssl3 libpam0g libdeflate0 libc6 libtesseract5 \
+  libpoppler-cpp0v5 tesseract-ocr-eng tesseract-ocr-osd; do
   grep -q "$library" <<<"$depends" || fail "Depends does not name $library: $depends"
 done
 
