@@ -41,12 +41,6 @@ QString text(const std::string& value) { return QString::fromStdString(value); }
 enum Column { nameColumn, kindColumn, personColumn, addedColumn, reviewColumn };
 constexpr int kPictureSide = 360;
 
-const DocumentRecord* findDocument(const VaultDocument& vault, const std::string& id) {
-    for (const auto& document : vault.documents)
-        if (!document.deleted && document.id == id) return &document;
-    return nullptr;
-}
-
 QString kindText(const DocumentRecord& document) {
     const auto kind = document.kind ? documentKindFromRaw(*document.kind) : std::nullopt;
     return kind ? text(std::string(displayName(*kind))) : QObject::tr("Unfiled");
@@ -231,7 +225,7 @@ void DocumentsPage::showSelected() {
 
 bool DocumentsPage::showDocument(const QString& id) {
     clearReview();
-    const DocumentRecord* document = findDocument(context().doc(), id.toStdString());
+    const DocumentRecord* document = context().doc().liveDocument(id.toStdString());
     if (!document) return false;
     const Guess guess = DocumentParser::parse(document->text.value_or(""), document->filename);
     m_proposal = std::make_unique<DocumentProposal>(DocumentProposal::make(context().doc(), *document, guess));

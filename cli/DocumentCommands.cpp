@@ -43,12 +43,6 @@ std::string contentTypeFor(const std::filesystem::path& file) {
     return "application/octet-stream";
 }
 
-const DocumentRecord* findDocument(const VaultDocument& vault, const std::string& id) {
-    for (const auto& document : vault.documents)
-        if (!document.deleted && document.id == id) return &document;
-    return nullptr;
-}
-
 std::string credentialName(const Credential& credential) {
     return renewTitle(credential) + (credential.number ? " " + *credential.number : std::string());
 }
@@ -130,7 +124,7 @@ int runDocumentAdd(Session& session, const DocumentOptions& options) {
 int runDocumentReview(Session& session, const DocumentReviewOptions& options, bool json) {
     VaultStore store(session.setup);
     if (auto opened = openRecords(session, store); !opened) return session.failed(opened.error());
-    const DocumentRecord* document = findDocument(store.doc(), options.id);
+    const DocumentRecord* document = store.doc().liveDocument(options.id);
     if (!document) return session.failed("No document has the id " + options.id + ".");
     auto proposal = proposalFor(store.doc(), *document, options.corrections);
     if (!proposal) return session.usage(proposal.error());
@@ -181,7 +175,7 @@ int runDocumentDuplicates(Session& session, bool remove) {
     if (!remove) {
         const auto copies = DocumentDuplicates::copies(store.doc().documents);
         for (const auto& [id, copy] : copies) {
-            const DocumentRecord* duplicate = findDocument(store.doc(), id);
+            const DocumentRecord* duplicate = store.doc().liveDocument(id);
             session.out << duplicate->filename << " (" << id << ") is a copy of " << copy.originalName << " ("
                         << copy.originalId << "): "
                         << (copy.reason == DocumentDuplicates::Reason::sameFile ? "the same file" : "the same text")

@@ -38,6 +38,10 @@ struct VaultDocument {
 
     // A new vault: fresh vaultId, empty lists, default settings.
     static VaultDocument makeEmpty();
+
+    // The document with this id that is not deleted, or null.
+    const DocumentRecord* liveDocument(std::string_view id) const;
+    DocumentRecord* liveDocument(std::string_view id);
 };
 
 // Sorted keys, absent optionals left out, unknown keys written back.

@@ -1,6 +1,8 @@
 #include "records/RecordCodec.h"
 #include "records/VaultDocument.h"
 
+#include <utility>
+
 #include "platform/SecureBytes.h"
 
 namespace corvale {
@@ -17,6 +19,16 @@ std::size_t estimatedSize(const VaultDocument& document) {
 }
 
 }  // namespace
+
+const DocumentRecord* VaultDocument::liveDocument(std::string_view id) const {
+    for (const auto& document : documents)
+        if (!document.deleted && document.id == id) return &document;
+    return nullptr;
+}
+
+DocumentRecord* VaultDocument::liveDocument(std::string_view id) {
+    return const_cast<DocumentRecord*>(std::as_const(*this).liveDocument(id));
+}
 
 VaultDocument VaultDocument::makeEmpty() {
     VaultDocument document;

@@ -365,19 +365,15 @@ Result<DocumentRecord, VaultError> VaultStore::addDocument(ByteView bytes, Docum
 
 Result<std::filesystem::path, VaultError> VaultStore::temporaryFile(std::string_view documentId) {
     if (auto ready = requireReady(); !ready) return fail(ready.error());
-    const auto found = std::find_if(m_doc.documents.begin(), m_doc.documents.end(), [&](const DocumentRecord& record) {
-        return record.id == documentId && !record.deleted;
-    });
-    if (found == m_doc.documents.end()) return fail(VaultError::noSuchRecord());
+    const DocumentRecord* found = m_doc.liveDocument(documentId);
+    if (!found) return fail(VaultError::noSuchRecord());
     return files(m_key.clone()).temporaryFile(*found);
 }
 
 Result<SecureBytes, VaultError> VaultStore::documentBytes(std::string_view documentId) {
     if (auto ready = requireReady(); !ready) return fail(ready.error());
-    const auto found = std::find_if(m_doc.documents.begin(), m_doc.documents.end(), [&](const DocumentRecord& record) {
-        return record.id == documentId && !record.deleted;
-    });
-    if (found == m_doc.documents.end()) return fail(VaultError::noSuchRecord());
+    const DocumentRecord* found = m_doc.liveDocument(documentId);
+    if (!found) return fail(VaultError::noSuchRecord());
     auto plain = files(m_key.clone()).readBlob(found->blobHash);
     if (!plain) return fail(plain.error());
     SecureBytes bytes{ByteView(*plain)};
@@ -387,16 +383,10 @@ Result<SecureBytes, VaultError> VaultStore::documentBytes(std::string_view docum
 
 Result<void, VaultError> VaultStore::saveDocumentCopy(std::string_view documentId,
                                                       const std::filesystem::path& destination) {
-    if (auto ready = requireReady(); !ready) return ready;
-    const auto found = std::find_if(m_doc.documents.begin(), m_doc.documents.end(), [&](const DocumentRecord& record) {
-        return record.id == documentId && !record.deleted;
-    });
-    if (found == m_doc.documents.end()) return fail(VaultError::noSuchRecord());
-    auto plain = files(m_key.clone()).readBlob(found->blobHash);
+    auto plain = documentBytes(documentId);
     if (!plain) return fail(plain.error());
-    auto written = m_setup.files.replaceFileAtomically(destination, *plain);
-    secureWipe(plain->data(), plain->size());
-    if (!written) return storageFailure(written.error());
+    if (auto written = m_setup.files.replaceFileAtomically(destination, ByteView(plain->data(), plain->size())); !written)
+        return storageFailure(written.error());
     return {};
 }
 

@@ -240,10 +240,8 @@ Result<void, std::string> DocumentProposal::set(const VaultDocument& vault, std:
 
 Result<std::optional<std::string>, std::string> acceptProposal(VaultDocument& vault, const DocumentProposal& proposal,
                                                                Timestamp now, const Day& today) {
-    const auto document = std::find_if(vault.documents.begin(), vault.documents.end(), [&](const DocumentRecord& d) {
-        return !d.deleted && d.id == proposal.documentId;
-    });
-    if (document == vault.documents.end()) return fail("No document has the id " + proposal.documentId + ".");
+    DocumentRecord* document = vault.liveDocument(proposal.documentId);
+    if (!document) return fail("No document has the id " + proposal.documentId + ".");
     std::optional<std::string> filled;
     switch (proposal.target) {
     case DocumentProposal::Target::nothing:
@@ -284,15 +282,11 @@ Result<std::optional<std::string>, std::string> acceptProposal(VaultDocument& va
         break;
     }
     }
-    // The vault's lists may have grown; find the document again before marking it reviewed.
-    for (auto& stored : vault.documents)
-        if (!stored.deleted && stored.id == proposal.documentId) {
-            stored.needsReview = false;
-            stored.updatedAt = now;
-            if (proposal.target == DocumentProposal::Target::newActivity) stored.kind = "cme";
-            else if (const auto kind = field(proposal, "kind"))
-                stored.kind = std::string(rawValue(documentKindFor(credentialKindFromRaw(*kind))));
-        }
+    document->needsReview = false;
+    document->updatedAt = now;
+    if (proposal.target == DocumentProposal::Target::newActivity) document->kind = "cme";
+    else if (const auto kind = field(proposal, "kind"))
+        document->kind = std::string(rawValue(documentKindFor(credentialKindFromRaw(*kind))));
     return filled;
 }
 
