@@ -5,6 +5,7 @@
 #include "app/LongTask.h"
 #include "app/Theme.h"
 #include "documents/reading/DocumentDuplicates.h"
+#include "documents/reading/DocumentForReview.h"
 #include "documents/reading/DocumentParser.h"
 #include "documents/reading/DocumentProposal.h"
 #include "platform/linux/DocumentImages.h"
@@ -361,15 +362,8 @@ QStringList DocumentsPage::importFiles(const QStringList& paths) {
             problems << tr("%1: choose whose documents these are first.").arg(name);
             continue;
         }
-        DocumentRecord record;
-        record.id = newUUID();
-        record.updatedAt = Timestamp::now(context().clock);
-        record.personId = owner->id;
-        record.filename = name.toStdString();
-        record.text = read->text;
-        record.kind = std::string(rawValue(DocumentParser::parse(read->text, record.filename).kind));
-        record.needsReview = true;
-        auto added = context().store.addDocument(bytes, std::move(record));
+        auto added = context().store.addDocument(
+            bytes, documentRecordFor(owner->id, name.toStdString(), Timestamp::now(context().clock), read->text));
         if (!added) {
             problems << tr("%1: %2").arg(name, text(added.error().message()));
             continue;

@@ -2,10 +2,10 @@
 
 #include "cli/CommandContext.h"
 #include "documents/reading/DocumentDuplicates.h"
+#include "documents/reading/DocumentForReview.h"
 #include "documents/reading/DocumentParser.h"
 #include "documents/reading/DocumentProposal.h"
 #include "documents/reading/GuessJSON.h"
-#include "records/AsciiCase.h"
 #include "records/EntryRules.h"
 #include "records/JSONWriter.h"
 #include "records/USState.h"
@@ -30,17 +30,6 @@ std::optional<std::string> hoursText(const std::optional<double>& hours) {
     std::ostringstream text;
     text << std::setprecision(6) << *hours;
     return text.str();
-}
-
-std::string contentTypeFor(const std::filesystem::path& file) {
-    const std::string extension = asciiLower(file.extension().string());
-    constexpr std::pair<std::string_view, std::string_view> kTypes[] = {
-        {".pdf", "application/pdf"}, {".png", "image/png"},   {".jpg", "image/jpeg"}, {".jpeg", "image/jpeg"},
-        {".heic", "image/heic"},     {".tif", "image/tiff"},  {".tiff", "image/tiff"}, {".txt", "text/plain"},
-    };
-    for (const auto& [ext, type] : kTypes)
-        if (extension == ext) return std::string(type);
-    return "application/octet-stream";
 }
 
 std::string credentialName(const Credential& credential) {
@@ -95,22 +84,15 @@ int runDocumentAdd(Session& session, const DocumentOptions& options) {
     auto bytes = session.setup.files.readFile(options.file);
     if (!bytes) return session.failed(bytes.error().message());
     if (auto empty = storedFileProblem(options.file.filename().string(), bytes->size())) return session.failed(*empty);
-    DocumentRecord record;
-    record.id = newUUID();
-    record.updatedAt = session.now();
-    record.personId = *owner;
-    record.filename = options.file.filename().string();
-    record.contentType = contentTypeFor(options.file);
-    record.kind = options.kind;
+    std::optional<std::string> text;
     if (options.read) {
         // Read before storing: a file that is no document is refused and nothing is kept.
         auto read = session.recognizer.read(*bytes);
         if (!read) return session.failed(read.error().message());
-        record.text = read->text;
-        if (!record.kind) record.kind = std::string(rawValue(DocumentParser::parse(read->text, record.filename).kind));
-        record.needsReview = true;
+        text = std::move(read->text);
     }
-    auto added = store.addDocument(*bytes, std::move(record));
+    auto added = store.addDocument(
+        *bytes, documentRecordFor(*owner, options.file.filename().string(), session.now(), std::move(text), options.kind));
     if (!added) return session.failed(added.error());
     if (auto flushed = store.flush(); !flushed) return session.failed(flushed.error());
     session.out << added->id << '\n';

@@ -1,6 +1,6 @@
 #include "vault/DropFolder.h"
 
-#include "documents/reading/DocumentParser.h"
+#include "documents/reading/DocumentForReview.h"
 #include "records/AsciiCase.h"
 #include "records/EntryRules.h"
 
@@ -15,16 +15,6 @@ bool isPartial(const std::string& name) {
     for (const auto suffix : {".part", ".crdownload", ".tmp", ".download", "~"})
         if (lower.ends_with(suffix)) return true;
     return name.starts_with(".");
-}
-
-std::string contentTypeOf(const std::string& name) {
-    const std::string lower = asciiLower(name);
-    if (lower.ends_with(".pdf")) return "application/pdf";
-    if (lower.ends_with(".png")) return "image/png";
-    if (lower.ends_with(".jpg") || lower.ends_with(".jpeg")) return "image/jpeg";
-    if (lower.ends_with(".tif") || lower.ends_with(".tiff")) return "image/tiff";
-    if (lower.ends_with(".heic")) return "image/heic";
-    return "application/octet-stream";
 }
 
 }  // namespace
@@ -102,16 +92,7 @@ void DropFolder::file(VaultStore& store, const DroppedFile& dropped,
         result.refused.emplace_back(name, "Choose whose documents the drop folder files, then they are read.");
         return;
     }
-    DocumentRecord record;
-    record.id = newUUID();
-    record.updatedAt = now;
-    record.personId = *person;
-    record.filename = name;
-    record.contentType = contentTypeOf(name);
-    record.text = read->text;
-    record.kind = std::string(rawValue(DocumentParser::parse(read->text, name).kind));
-    record.needsReview = true;
-    auto added = store.addDocument(dropped.bytes, std::move(record));
+    auto added = store.addDocument(dropped.bytes, documentRecordFor(*person, name, now, read->text));
     // The file leaves the folder only once the vault holding it is on disk.
     if (added && store.flush()) {
         result.imported.push_back(added->id);

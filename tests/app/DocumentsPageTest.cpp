@@ -57,6 +57,7 @@ private slots:
         const DocumentRecord stored = vault.store.doc().documents.back();
         QVERIFY(stored.needsReview);
         QCOMPARE(stored.kind, std::optional<std::string>("license"));
+        QCOMPARE(stored.contentType, std::string("application/pdf"));
 
         // The card is proposed for the Texas licence already there; nothing in it changes yet.
         QVERIFY(page->proposalText().startsWith(QStringLiteral("This is a copy of your Texas license R4821.")));
