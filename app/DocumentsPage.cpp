@@ -12,6 +12,7 @@
 #include "platform/linux/TesseractRecognizer.h"
 #include "records/EntryRules.h"
 #include "requirements/CredentialRenewal.h"
+#include "vault/DocumentFiling.h"
 #include "vault/VaultStore.h"
 
 #include <QComboBox>
@@ -296,19 +297,12 @@ bool DocumentsPage::confirm() {
         if (typed.empty()) proposal.fields.erase(std::string(name));
         else proposal.fields[std::string(name)] = typed;
     }
-    // Tried on a copy: a refused value leaves every record as it was.
-    VaultDocument edited = context().doc();
-    auto accepted = acceptProposal(edited, proposal, Timestamp::now(context().clock), context().today());
-    if (!accepted) {
-        showMessage(m_error, text(accepted.error()));
+    auto filed = confirmProposal(context().store, proposal, Timestamp::now(context().clock), context().today());
+    if (!filed) {
+        showMessage(m_error, text(filed.error()));
         return false;
     }
-    auto changed = context().store.change([&](VaultDocument& vault) { vault = std::move(edited); });
-    if (!changed) {
-        showMessage(m_error, text(changed.error().message()));
-        return false;
-    }
-    emit notify(*accepted ? tr("Filed; the record is updated.") : tr("Reviewed."));
+    emit notify(*filed ? tr("Filed; the record is updated.") : tr("Reviewed."));
     emit recordsChanged();
     reload();
     return true;

@@ -8,6 +8,7 @@
 #include "documents/reading/GuessJSON.h"
 #include "records/EntryRules.h"
 #include "records/JSONWriter.h"
+#include "vault/DocumentFiling.h"
 #include "records/USState.h"
 #include "requirements/CredentialRenewal.h"
 
@@ -115,13 +116,9 @@ int runDocumentReview(Session& session, const DocumentReviewOptions& options, bo
         else printProposal(session.out, *proposal, store.doc());
         return kSucceeded;
     }
-    // Tried on a copy, so a refused value leaves the vault file untouched.
-    VaultDocument edited = store.doc();
-    auto accepted = acceptProposal(edited, *proposal, session.now(), Day::today());
-    if (!accepted) return session.failed(accepted.error());
-    const std::optional<std::string> filled = *accepted;
-    auto changed = store.change([&](VaultDocument& vault) { vault = std::move(edited); });
-    if (!changed) return session.failed(changed.error());
+    auto filed = confirmProposal(store, *proposal, session.now(), Day::today());
+    if (!filed) return session.failed(filed.error());
+    const std::optional<std::string> filled = *filed;
     if (auto flushed = store.flush(); !flushed) return session.failed(flushed.error());
     session.out << (filled ? "Filed with " + *filled : std::string("Reviewed; it stays a document of its own")) << '\n';
     return kSucceeded;
