@@ -112,10 +112,8 @@ bool insideAny(const std::vector<Pattern::Match>& spans, std::size_t at) {
     return std::any_of(spans.begin(), spans.end(), [&](const auto& m) { return at >= m.begin && at < m.end; });
 }
 
-bool insideDate(std::string_view line, std::size_t at) {
-    for (const auto& [begin, end] : dateSpans(line))
-        if (at >= begin && at < end) return true;
-    return false;
+bool insideAny(const std::vector<std::pair<std::size_t, std::size_t>>& spans, std::size_t at) {
+    return std::any_of(spans.begin(), spans.end(), [&](const auto& s) { return at >= s.first && at < s.second; });
 }
 
 // The rest of a label's line, or the next line when the label stands alone.
@@ -225,9 +223,10 @@ std::optional<double> findHours(std::string_view text) {
     for (const Pattern* pattern : {&labelled, &unit, &beforeCategory}) {
         for (const auto& line : lines) {
             const auto categories = category.all(line.text);
+            const auto dates = dateSpans(line.text);
             for (const auto& match : pattern->all(line.text)) {
                 const std::size_t at = static_cast<std::size_t>(match.group(1).data() - line.text.data());
-                if (insideAny(categories, at) || insideDate(line.text, at)) continue;
+                if (insideAny(categories, at) || insideAny(dates, at)) continue;
                 const double hours = decimal(match.group(1));
                 if (hours > 0 && hours <= 500) return hours;
             }

@@ -31,19 +31,20 @@ const Pattern& candidatePattern() {
     return p;
 }
 
-bool overlapsDate(std::string_view line, std::size_t begin, std::size_t end) {
-    for (const auto& [from, to] : dateSpans(line))
+using Spans = std::vector<std::pair<std::size_t, std::size_t>>;
+
+bool overlaps(const Spans& spans, std::size_t begin, std::size_t end) {
+    for (const auto& [from, to] : spans)
         if (begin < to && from < end) return true;
     return false;
 }
 
-bool overlapsStateAndZip(std::string_view line, std::size_t begin, std::size_t end, std::string_view candidate) {
+// Where a state code and ZIP code stand in the value ("TX 78701"): never a number.
+Spans stateAndZipSpans(std::string_view value) {
     static const Pattern stateZip(R"(\b[A-Z]{2}\s+\d{5}(?:-\d{4})?\b)");
-    static const Pattern compact(R"(^[A-Z]{2}[ ]?\d{5}$)");
-    if (compact.test(candidate)) return true;
-    for (const auto& match : stateZip.all(line))
-        if (begin < match.end && match.begin < end) return true;
-    return false;
+    Spans spans;
+    for (const auto& match : stateZip.all(value)) spans.emplace_back(match.begin, match.end);
+    return spans;
 }
 
 // The numbers a label's value holds, in order, without dates and state-and-ZIP pairs.
@@ -54,9 +55,13 @@ std::vector<std::string> candidates(std::string_view value) {
         if (auto cleaned = NumberFinder::clean(std::string(joined->group(1)) + std::string(joined->group(2))))
             found.push_back(*cleaned);
     }
+    static const Pattern compactStateZip(R"(^[A-Z]{2}[ ]?\d{5}$)");
+    const Spans dates = dateSpans(value);
+    const Spans stateZips = stateAndZipSpans(value);
     for (const auto& match : candidatePattern().all(value)) {
-        if (overlapsDate(value, match.begin, match.end)) continue;
-        if (overlapsStateAndZip(value, match.begin, match.end, match.group(1))) continue;
+        if (overlaps(dates, match.begin, match.end) || overlaps(stateZips, match.begin, match.end) ||
+            compactStateZip.test(match.group(1)))
+            continue;
         std::string_view candidate = match.group(1);
         // "JANE Q 054321" in a table row: letters apart from the digits after a word are a name's initial.
         const std::size_t gap = candidate.find(' ');
